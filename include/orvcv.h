@@ -1,0 +1,294 @@
+/**
+ * @file orvcv.h
+ * liborvcvg9: computer-vision primitives on images in the caller's memory, for 32-bit x86 with AVX.
+ *
+ * Conventions that hold for every function unless its own text says otherwise:
+ *
+ * - An image is a pointer to the first pixel of the region of interest, a step in bytes from one row's start to the
+ *   next, and a size in pixels (`roi`). Pixel (x, y) lies at pointer + y * step + x * channels * sizeof(sample).
+ *   Channels are interleaved. Pointers need no alignment; steps of 16- and 32-bit images are whole numbers of samples.
+ * - A mask is a one-channel 8-bit image; a nonzero byte selects the pixel.
+ * - The result is a status: 0 success, negative an error (nothing was written), positive a warning that comes with a
+ *   usable result. Arguments are checked in the order in which a function lists its statuses; the first failure counts.
+ * - Nothing is allocated, printed or kept between calls. Any two calls may run at once unless one writes memory that
+ *   the other uses. A `buffer` is scratch and belongs to one running call.
+ * - Arithmetic is IEEE single precision, rounded to nearest even operation by operation, with no fused multiply-add.
+ *   The caller's rounding mode must be the default one.
+ */
+#ifndef ORVCV_TYPES
+#define ORVCV_TYPES
+
+#include <stdint.h>
+
+/** Result of every image function: 0 success, negative error, positive warning with a usable result. */
+typedef int32_t OrvStatus;
+enum {
+  orvStsRoiTrimmed = 48,            /**< warning: the region overhung the image; what lay inside was processed */
+  orvStsKernelNotSymmetric = 38,    /**< warning: the kernel is not symmetric */
+  orvStsListTruncated = 33,         /**< warning: the output list was filled and more results exist */
+  orvStsSizeOverflow = 12,          /**< warning: the size estimate passed 2147483647 */
+  orvStsZeroDenominator = 2,        /**< warning: relative norm by zero; the result is an infinity or a NaN */
+  orvStsMaskEmpty = 1,              /**< warning: the mask selected no pixel */
+  orvStsOk = 0,                     /**< success */
+  orvStsBadLength = -2,             /**< a computed number of samples is negative */
+  orvStsBadArg = -5,                /**< a scalar argument outside its set or range */
+  orvStsBadSize = -6,               /**< a width or height below 1, or too small for the operation */
+  orvStsOutOfRange = -7,            /**< an empty parameter range */
+  orvStsNullPointer = -8,           /**< a required pointer is null */
+  orvStsBadRange = -11,             /**< a value outside the range that the operation allows */
+  orvStsBadContext = -13,           /**< a state block without the mark of its kind */
+  orvStsBadMode = -14,              /**< a mode or flag word with bits outside the allowed set */
+  orvStsBadStep = -16,              /**< a row step smaller than one row of the region */
+  orvStsBadThreshold = -19,         /**< a threshold below zero */
+  orvStsBadMaskCode = -33,          /**< an unsupported OrvMaskCode */
+  orvStsBadAnchor = -34,            /**< an anchor outside the mask or kernel */
+  orvStsBadChannels = -47,          /**< an unsupported channel count */
+  orvStsBadDivisor = -51,           /**< an integer divisor of zero */
+  orvStsBadChannelOfInterest = -52, /**< a channel of interest other than 1, 2 or 3 */
+  orvStsBadDataType = -53,          /**< an unsupported channel count, in the families that say so */
+  orvStsBadMetric = -56,            /**< a distance weight that is not positive */
+  orvStsBadAlgorithm = -59,         /**< an OrvDataType outside the function's subset */
+  orvStsStepNotAligned = -108,      /**< a step that is not a whole number of samples */
+  orvStsBadBorder = -225,           /**< a border word that the function does not accept */
+  orvStsBadNorm = -229,             /**< an unsupported OrvNormCode */
+  orvStsBadKernelCode = -230,       /**< an unsupported derivative kernel selector */
+  orvStsTooLarge = -232,            /**< a length at the top of the range in an `_L` function */
+  orvStsInPlaceNotAllowed = -9998   /**< source and destination are the same address where that is forbidden */
+};
+
+/** Width and height in pixels. */
+typedef struct {
+  int32_t width, height;
+} OrvSize;
+
+/** A pixel position; x counts from the left, y from the top. */
+typedef struct {
+  int32_t x, y;
+} OrvPoint;
+
+/** A position between pixels. */
+typedef struct {
+  float x, y;
+} OrvPointF;
+
+/** A rectangle of pixels. */
+typedef struct {
+  int32_t x, y, width, height;
+} OrvRect;
+
+/** Lengths, steps and sizes of the functions whose names end in `_L`; 32 bits wide in this build. */
+typedef int32_t OrvLength;
+typedef struct {
+  OrvLength width, height;
+} OrvSizeL;
+
+/**
+ * The border word: where pixels outside the region come from. Bits 0 to 3 hold the kind; each set bit 4 to 7 says that
+ * the pixels beyond that side exist in memory and are read as they are. 240 alone, all sides in memory, needs no kind.
+ */
+typedef int32_t OrvBorderMode;
+enum {
+  orvBorderReplicate = 1, /**< the nearest edge pixel */
+  orvBorderWrap = 2,      /**< accepted by no function */
+  orvBorderMirror = 3,    /**< reflection about the edge pixel, which is not repeated: ... 2 1 0 1 2 ... */
+  orvBorderNeutral = 5,   /**< the value that can't change the result of a morphological operation */
+  orvBorderConstant = 6,  /**< the argument borderValue */
+
+  orvBorderMemTop = 0x10,
+  orvBorderMemBottom = 0x20,
+  orvBorderMemLeft = 0x40,
+  orvBorderMemRight = 0x80,
+  orvBorderMemAll = 240,
+
+  orvBorderStageTop = 0x100, /**< first-stage sides: two-stage morphology only */
+  orvBorderStageBottom = 0x200,
+  orvBorderStageLeft = 0x400,
+  orvBorderStageRight = 0x800
+};
+
+/** Sample type at run time, for size queries and Init functions. */
+typedef int32_t OrvDataType;
+enum {
+  orvDataType1u = 0,
+  orvDataType8u = 1,
+  orvDataType16u = 5,
+  orvDataType16s = 7,
+  orvDataType32s = 11,
+  orvDataType32f = 13,
+  orvDataType64f = 19
+};
+
+/** Fixed mask size as a decimal pair. */
+typedef int32_t OrvMaskCode;
+enum { orvMask3x3 = 33, orvMask5x5 = 55 };
+
+/** Norm selector; each family states the values that it takes. */
+typedef int32_t OrvNormCode;
+
+/** What was built; see orvcvGetLibVersion. */
+typedef struct {
+  int32_t major, minor, majorBuild, build;
+  char targetCpu[4]; /**< two letters of the processor variant, then two zero bytes */
+  const char* name;
+  const char* version;
+  const char* buildDate;
+} OrvLibraryVersion;
+
+#endif /* ORVCV_TYPES */
+
+/*
+ * The declarations. The library's own sources include this part a second time inside their namespace, so that an
+ * implementation can't drift from its prototype.
+ */
+#if defined(ORV_DECLARATIONS_ONLY) || (!defined(ORV_TYPES_ONLY) && !defined(ORVCV_DECLARED))
+#ifdef ORV_DECLARATIONS_ONLY
+#define ORV_API
+#else
+#define ORVCV_DECLARED
+#define ORV_API extern
+#ifdef __cplusplus
+extern "C" {
+#endif
+#endif
+
+/* ------------------------------------------------------------------------------------------------ Library version */
+
+/**
+ * The constant record that tells what was built.
+ * @return a pointer to read-only data, the same on every call. The caller neither frees nor changes it.
+ */
+ORV_API const OrvLibraryVersion* orvcvGetLibVersion(void);
+
+/* ---------------------------------------------------------------------------------------- Accumulators, differences */
+
+/**
+ * @name Accumulators
+ * Fold an image into a single-precision accumulator image that the caller keeps across frames. With s (s1, s2) the
+ * source samples converted to float and a the accumulator element, the new element is
+ *
+ *     orviAdd          a + s                     masked: a + s * f
+ *     orviAddSquare    a + s * s                 masked: a + (s * s) * f
+ *     orviAddProduct   a + s1 * s2               masked: a + (s1 * s2) * f
+ *     orviAddWeighted  a + alpha * (s - a)       masked: a + w * (s - a)
+ *
+ * where f is 1.0 and w is `alpha` under a nonzero mask byte, and both are +0.0 under a zero byte. The multiplication is
+ * always carried out: an infinity or NaN under a zero mask byte makes the element NaN, and -0.0 + 0.0 becomes +0.0.
+ * Example: a = 10, s = 20, alpha = 0.25 gives 12.5.
+ *
+ * @param src,src1,src2  source images of `roi` pixels
+ * @param mask           one byte per pixel
+ * @param srcDst         the accumulator, read and written
+ * @param alpha          weight of the new frame, usually 0 to 1; not checked, values outside extrapolate
+ * @return orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadStep (a step below its row length);
+ *   orvStsStepNotAligned (a step of a 16-bit image odd, of a 32-bit image not a multiple of 4). Members with 16-bit
+ *   sources check the source steps, length and alignment, before the others.
+ * @{
+ */
+ORV_API OrvStatus orviAdd_8u32f_C1IR(const uint8_t* src, int srcStep, float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAdd_16u32f_C1IR(const uint16_t* src, int srcStep, float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAdd_8u32f_C1IMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, float* srcDst,
+                                      int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAdd_16u32f_C1IMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                       float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAdd_32f_C1IMR(const float* src, int srcStep, const uint8_t* mask, int maskStep, float* srcDst,
+                                    int srcDstStep, OrvSize roi);
+
+ORV_API OrvStatus orviAddSquare_8u32f_C1IR(const uint8_t* src, int srcStep, float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddSquare_16u32f_C1IR(const uint16_t* src, int srcStep, float* srcDst, int srcDstStep,
+                                            OrvSize roi);
+ORV_API OrvStatus orviAddSquare_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddSquare_8u32f_C1IMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                            float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddSquare_16u32f_C1IMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                             float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddSquare_32f_C1IMR(const float* src, int srcStep, const uint8_t* mask, int maskStep,
+                                          float* srcDst, int srcDstStep, OrvSize roi);
+
+ORV_API OrvStatus orviAddProduct_8u32f_C1IR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                            float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddProduct_16u32f_C1IR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                             float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddProduct_32f_C1IR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                          float* srcDst, int srcDstStep, OrvSize roi);
+ORV_API OrvStatus orviAddProduct_8u32f_C1IMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                             const uint8_t* mask, int maskStep, float* srcDst, int srcDstStep,
+                                             OrvSize roi);
+ORV_API OrvStatus orviAddProduct_16u32f_C1IMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                              const uint8_t* mask, int maskStep, float* srcDst, int srcDstStep,
+                                              OrvSize roi);
+ORV_API OrvStatus orviAddProduct_32f_C1IMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, float* srcDst, int srcDstStep,
+                                           OrvSize roi);
+
+ORV_API OrvStatus orviAddWeighted_8u32f_C1IR(const uint8_t* src, int srcStep, float* srcDst, int srcDstStep,
+                                             OrvSize roi, float alpha);
+ORV_API OrvStatus orviAddWeighted_16u32f_C1IR(const uint16_t* src, int srcStep, float* srcDst, int srcDstStep,
+                                              OrvSize roi, float alpha);
+ORV_API OrvStatus orviAddWeighted_32f_C1IR(const float* src, int srcStep, float* srcDst, int srcDstStep, OrvSize roi,
+                                           float alpha);
+ORV_API OrvStatus orviAddWeighted_8u32f_C1IMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                              float* srcDst, int srcDstStep, OrvSize roi, float alpha);
+ORV_API OrvStatus orviAddWeighted_16u32f_C1IMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                               float* srcDst, int srcDstStep, OrvSize roi, float alpha);
+ORV_API OrvStatus orviAddWeighted_32f_C1IMR(const float* src, int srcStep, const uint8_t* mask, int maskStep,
+                                            float* srcDst, int srcDstStep, OrvSize roi, float alpha);
+/** @} */
+
+/**
+ * Blend of two images: dst = s2 + alpha * (s1 - s2). `dst` may be either source.
+ * @return as the accumulators.
+ */
+ORV_API OrvStatus orviAddWeighted_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
+                                          int dstStep, OrvSize roi, float alpha);
+
+/**
+ * @name Absolute differences
+ * dst = |s1 - s2|, sample by sample. 8- and 16-bit results are exact and never saturate; the 32-bit float result is the
+ * single-precision difference with its sign bit cleared, so -0.0 gives +0.0 and a NaN stays a NaN. `dst` may be a
+ * source. The channels of the three-channel member are not told apart.
+ * @return orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadStep (a step below its row length);
+ *   orvStsStepNotAligned (a 16-bit step odd, a 32-bit step not a multiple of 4).
+ * @{
+ */
+ORV_API OrvStatus orviAbsDiff_8u_C1R(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step, uint8_t* dst,
+                                     int dstStep, OrvSize roi);
+ORV_API OrvStatus orviAbsDiff_8u_C3R(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step, uint8_t* dst,
+                                     int dstStep, OrvSize roi);
+ORV_API OrvStatus orviAbsDiff_16u_C1R(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                      uint16_t* dst, int dstStep, OrvSize roi);
+ORV_API OrvStatus orviAbsDiff_32f_C1R(const float* src1, int src1Step, const float* src2, int src2Step, float* dst,
+                                      int dstStep, OrvSize roi);
+/** @} */
+
+/**
+ * @name Absolute difference to a constant
+ * dst = |s - value|. The integer members first clamp `value` to the range of the sample type: 300 on 8-bit data gives
+ * 255 - s. The 32-bit float member does not clamp. `dst` may be the source.
+ * @return as the absolute differences; `value` is never refused.
+ * @{
+ */
+ORV_API OrvStatus orviAbsDiffC_8u_C1R(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep, OrvSize roi,
+                                      int32_t value);
+ORV_API OrvStatus orviAbsDiffC_16u_C1R(const uint16_t* src, int srcStep, uint16_t* dst, int dstStep, OrvSize roi,
+                                       int32_t value);
+ORV_API OrvStatus orviAbsDiffC_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                       float value);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------ Norms */
+
+/* ------------------------------------------------------------------------------------- Means, deviations, extrema */
+
+/* ------------------------------------------------------------------------------------------ Row, column pipelines */
+
+/* ------------------------------------------------------------------------------------------------ Separable filter */
+
+/* ------------------------------------------------------------------------------------------------- Gaussian filter */
+
+/* -------------------------------------------------------------------------------- Derivative, fixed-kernel filters */
+
+#undef ORV_API
+#if !defined(ORV_DECLARATIONS_ONLY) && defined(__cplusplus)
+} /* extern "C" */
+#endif
+#endif
