@@ -24,7 +24,7 @@ struct VectorsOf<uint16_t> {
   using Single = IntegerX1<uint16_t>;
 };
 
-/// Calls step(V{}, x) for each vector of the row's body and then for each single sample of its tail.
+/// Calls step(V{}, x) for each vector of the row's body, two a turn, and then for each single sample of its tail.
 template <class Sample, class Step>
 void forEachVector(int width, Step step) {
   using Body = typename VectorsOf<Sample>::Body;
