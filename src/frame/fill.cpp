@@ -1,0 +1,65 @@
+#include "frame/fill.h"
+
+namespace orv {
+namespace {
+
+void store(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+
+/// The lowest `length` bytes, at most 15.
+void storeLow(uint8_t* p, __m128i v, size_t length) {
+  if (length & 8) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
+    v = _mm_srli_si128(v, 8);
+    p += 8;
+  }
+  if (length & 4) {
+    const int32_t word = _mm_cvtsi128_si32(v);
+    std::memcpy(p, &word, sizeof word);
+    v = _mm_srli_si128(v, 4);
+    p += 4;
+  }
+  auto low = static_cast<uint32_t>(_mm_cvtsi128_si32(v));
+  if (length & 2) {
+    std::memcpy(p, &low, 2);
+    low >>= 16;
+    p += 2;
+  }
+  if (length & 1)
+    std::memcpy(p, &low, 1);
+}
+
+}  // namespace
+
+FillPattern::FillPattern(const void* pixel, size_t pixelBytes) {
+  uint8_t repeated[sizeof vectors_];
+  std::memcpy(repeated, pixel, pixelBytes);
+  for (size_t i = pixelBytes; i < sizeof repeated; ++i) repeated[i] = repeated[i - pixelBytes];
+  for (size_t i = 0; i < 3; ++i)
+    vectors_[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(repeated + i * sizeof(__m128i)));
+}
+
+void FillPattern::fill(void* first, size_t length) const {
+  auto* p = static_cast<uint8_t*>(first);
+  const __m128i a = vectors_[0], b = vectors_[1], c = vectors_[2];
+  for (; length >= sizeof vectors_; p += sizeof vectors_, length -= sizeof vectors_) {
+    store(p, a);
+    store(p + 16, b);
+    store(p + 32, c);
+  }
+  __m128i rest = a;
+  if (length >= 32) {
+    store(p, a);
+    store(p + 16, b);
+    rest = c;
+    p += 32;
+    length -= 32;
+  } else if (length >= 16) {
+    store(p, a);
+    rest = b;
+    p += 16;
+    length -= 16;
+  }
+  storeLow(p, rest, length);
+}
+
+}  // namespace orv
