@@ -287,6 +287,139 @@ ORV_API OrvStatus orviAbsDiffC_32f_C1R(const float* src, int srcStep, float* dst
 
 /* -------------------------------------------------------------------------------- Derivative, fixed-kernel filters */
 
+/**
+ * @name Sobel kernels of any odd size
+ * Writes the coefficients of (x + 1)^(kernelSize - 1 - dx) * (x - 1)^dx in rising powers of x: a binomial smoothing
+ * kernel differentiated `dx` times. Size 3: dx 0 gives 1 2 1; dx 1 gives -1 0 1; dx 2 gives 1 -2 1. Size 5, dx 1 gives
+ * -1 -2 0 2 1. A negative `sign` negates every entry (in the float form a zero becomes -0.0). The list starts as 0 ...
+ * 0 1 and is built by additions and subtractions of neighbours, smoothing first: 16-bit entries wrap around, float
+ * entries round to single precision.
+ *
+ * @param kernel      receives `kernelSize` coefficients
+ * @param kernelSize  an odd number
+ * @param dx          order of the derivative, 0 to kernelSize - 1
+ * @param sign        only its sign matters
+ * @return orvStsNullPointer; orvStsBadSize (`kernelSize` below 1 or even, `dx` negative or not below `kernelSize`).
+ * @{
+ */
+ORV_API OrvStatus orviGenSobelKernel_16s(int16_t* kernel, int kernelSize, int dx, int sign);
+ORV_API OrvStatus orviGenSobelKernel_32f(float* kernel, int kernelSize, int dx, int sign);
+/** @} */
+
+/**
+ * @name Scratch of the fixed-kernel filters
+ * Bytes of `buffer` that the filter of the same name and form needs for an image of `roi` pixels. With W = roi.width,
+ * B = (W + 15) / 16 in integers, and for orvMask3x3 r = 3 and T = 21, for orvMask5x5 r = 5 and T = 25:
+ *
+ *     Laplacian  8u16s   64 * B * T + 24 * r + 336 + (36 * r + 144) + (12 * roundup4(W) + 64)
+ *     Laplacian  32f    128 * B * T + 24 * r + 336 + (48 * r +  96) + (32 * r + 32)
+ *     Lowpass    8u      32 * B * T + 12 * r + 248 + (36 * r + 144) + (12 * roundup4(W) + 64)
+ *     Lowpass    32f     64 * B * T + 12 * r + 248 + (48 * r +  96) + (32 * r + 32)
+ *     SobelCross 8u16s   32 * B * T + 12 * r + 248 + (36 * r + 144) + (12 * roundup4(W) + 64)
+ *     SobelCross 32f     64 * B * T + 12 * r + 248 + (48 * r +  96) + (32 * r + 32)
+ *
+ * where roundup4(W) is W rounded up to a multiple of 4 and the parentheses are the sizes of the row and the column
+ * pipeline of the form with r taps. The height plays no part. Sizes wrap around at 32 bits for rows that no memory
+ * holds.
+ *
+ * @return orvStsNullPointer (`bufferSize`); orvStsBadSize (width or height below 1); orvStsBadMaskCode (`mask` neither
+ *   orvMask3x3 nor orvMask5x5).
+ * @{
+ */
+ORV_API OrvStatus orviFilterLaplacianGetBufferSize_8u16s_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+ORV_API OrvStatus orviFilterLaplacianGetBufferSize_32f_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+ORV_API OrvStatus orviFilterLowpassGetBufferSize_8u_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+ORV_API OrvStatus orviFilterLowpassGetBufferSize_32f_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+ORV_API OrvStatus orviFilterSobelCrossGetBufferSize_8u16s_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+ORV_API OrvStatus orviFilterSobelCrossGetBufferSize_32f_C1R(OrvSize roi, OrvMaskCode mask, int* bufferSize);
+/** @} */
+
+/**
+ * @name Fixed-kernel filters
+ * A row stage and a column stage with fixed coefficients; s(x) is a sample of a source row, p(y) (and q(y)) a value of
+ * the row stage in the same column. Both stages are correlations. 8-bit sources are filtered in 16-bit integers, where
+ * every value fits; float sources in single precision, rounded operation by operation in exactly the order and with
+ * the parentheses written here (a product by a power of two is exact, so it may stand for additions).
+ *
+ *     Laplacian 3x3     p = s(x-1) + s(x+1)     q = 8 * s(x)
+ *                       dst = 2 * (p(y-1) + p(y+1)) - q(y)
+ *                       mask   2  0  2 /  0 -8  0 /  2  0  2
+ *     Laplacian 5x5     p = ((s(x-2) + s(x+2)) + 4 * (s(x-1) + s(x+1))) + 6 * s(x)
+ *                       q = (s(x-2) + s(x+2)) - 2 * s(x)
+ *                       dst = (((q(y-2) + q(y+2)) + 4 * (q(y-1) + q(y+1))) + 6 * q(y))
+ *                             + ((p(y-2) + p(y+2)) - 2 * p(y))
+ *                       mask   2 4 4 4 2 / 4 0 -8 0 4 / 4 -8 -24 -8 4 / 4 0 -8 0 4 / 2 4 4 4 2
+ *     Lowpass 3x3       p = (s(x-1) + s(x)) + s(x+1)       S = (p(y-1) + p(y)) + p(y+1)
+ *                       8u: dst = (S + 5) * 7280 / 65536, truncated     32f: dst = S * 0.11111111f
+ *     Lowpass 5x5       the same with five terms, added from left to right and from top to bottom
+ *                       8u: dst = S * 2621 / 65536, truncated (25 samples of 255 give 254)    32f: dst = S * 0.04f
+ *     Sobel cross 3x3   p = s(x-1) - s(x+1)                dst = p(y+1) - p(y-1)
+ *     Sobel cross 5x5   p = (s(x-2) - s(x+2)) + 2 * (s(x-1) - s(x+1))
+ *                       dst = (p(y+2) - p(y-2)) + 2 * (p(y+1) - p(y-1))
+ *
+ * Pixels outside the region come from the border word: kind orvBorderReplicate, orvBorderMirror or orvBorderConstant,
+ * with any sides in memory, or orvBorderMemAll. Rows and columns are mapped independently; with a constant kind a pixel
+ * is `borderValue` as soon as either axis leaves the region on a side that is not in memory, so a row outside the
+ * region is a row of constants that goes through the row stage like any other. Images smaller than the mask are valid.
+ *
+ * @param src,srcStep,dst,dstStep,roi  source and result; they must not overlap
+ * @param mask         orvMask3x3 or orvMask5x5
+ * @param borderMode   the border word
+ * @param borderValue  used by kind orvBorderConstant alone
+ * @param buffer       scratch of the size that the query above returns, at any address
+ * @return orvStsNullPointer (`src`, `dst`, `buffer`); orvStsBadSize (width or height below 1); orvStsBadStep (a step
+ * below its row length); orvStsStepNotAligned (a 16-bit step odd, a 32-bit step not a multiple of 4); orvStsBadBorder
+ * (a word above 255 or negative, or one that is neither 240 nor of kind 1, 3 or 6); orvStsBadMaskCode.
+ * @{
+ */
+ORV_API OrvStatus orviFilterLaplacianBorder_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* dst, int dstStep,
+                                                      OrvSize roi, OrvMaskCode mask, OrvBorderMode borderMode,
+                                                      uint8_t borderValue, void* buffer);
+ORV_API OrvStatus orviFilterLaplacianBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                                    OrvMaskCode mask, OrvBorderMode borderMode, float borderValue,
+                                                    void* buffer);
+ORV_API OrvStatus orviFilterLowpassBorder_8u_C1R(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep,
+                                                 OrvSize roi, OrvMaskCode mask, OrvBorderMode borderMode,
+                                                 uint8_t borderValue, void* buffer);
+ORV_API OrvStatus orviFilterLowpassBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                                  OrvMaskCode mask, OrvBorderMode borderMode, float borderValue,
+                                                  void* buffer);
+ORV_API OrvStatus orviFilterSobelCrossBorder_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* dst, int dstStep,
+                                                       OrvSize roi, OrvMaskCode mask, OrvBorderMode borderMode,
+                                                       uint8_t borderValue, void* buffer);
+ORV_API OrvStatus orviFilterSobelCrossBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep,
+                                                     OrvSize roi, OrvMaskCode mask, OrvBorderMode borderMode,
+                                                     float borderValue, void* buffer);
+/** @} */
+
+/**
+ * @name Colour gradient to gray
+ * Reduces the three channel values a, b, c of a pixel (usually the derivatives of a colour image's channels) to one:
+ *
+ *     norm 0, maximum   8u, 16u: max(a, b, c)                        32f: max(|a|, |b|, |c|)
+ *     norm 1, L1        8u: ((a + b + c) * 1365 + 2048) >> 12        32f: (|a| + |b|) + |c|, not divided by 3
+ *                       16u: ((a + b + c) * 5461 + 8192) >> 14
+ *     norm 2, L2        8u, 16u: sqrt(float(a*a + b*b + c*c) / 3.0f) rounded to nearest even; the sum of squares is
+ * exact and rounds once, to float 32f: sqrt(((a*a + b*b) + c*c) / 3.0f)
+ *
+ * The maximum of floats is that of "x > y ? x : y" applied as max(max(|a|, |b|), |c|): where one of the two is a NaN
+ * the second is taken.
+ *
+ * @param src  three interleaved channels
+ * @param dst  one channel; must not overlap `src`
+ * @return orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadStep (`srcStep` below 3 * width samples,
+ *   `dstStep` below width samples); orvStsStepNotAligned (a 16-bit step odd, a 32-bit step not a multiple of 4);
+ *   orvStsBadArg (`norm` not 0, 1 or 2).
+ * @{
+ */
+ORV_API OrvStatus orviGradientColorToGray_8u_C3C1R(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep,
+                                                   OrvSize roi, OrvNormCode norm);
+ORV_API OrvStatus orviGradientColorToGray_16u_C3C1R(const uint16_t* src, int srcStep, uint16_t* dst, int dstStep,
+                                                    OrvSize roi, OrvNormCode norm);
+ORV_API OrvStatus orviGradientColorToGray_32f_C3C1R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                                    OrvNormCode norm);
+/** @} */
+
 #undef ORV_API
 #if !defined(ORV_DECLARATIONS_ONLY) && defined(__cplusplus)
 } /* extern "C" */
