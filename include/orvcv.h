@@ -285,6 +285,162 @@ ORV_API OrvStatus orviAbsDiffC_32f_C1R(const float* src, int srcStep, float* dst
 
 /* ------------------------------------------------------------------------------------------------- Gaussian filter */
 
+/**
+ * @name Gaussian filter on the fixed-point pipelines
+ * Smooths an image with a `kernelSize` by `kernelSize` Gaussian as a row pass and a column pass. With r = kernelSize /
+ * 2 tap j is
+ *
+ *     g(j) = exp(-(d * d) / ((sigma + sigma) * sigma)),  d = j - r,  and exactly 1 for d = 0
+ *
+ * in single precision, and the coefficient is its share of the sum of all taps in rising order: 8-bit images
+ * floor(g(j) / sum * 4096 + 0.5), 16-bit images floor(g(j) / sum * 32768 + 0.5), float images g(j) / sum. The integer
+ * coefficients need not add up to 4096 or 32768. A 16-bit signed image with so small a sigma that the centre is 32768
+ * gets -32768 there.
+ *
+ * Both passes are those of the row and column pipelines with the divisor 4096 or 32768, anchored at r: the rows between
+ * the passes are 16-bit integers (float for float images), and each pass rounds by the pipelines' rules, to nearest
+ * even in the centre of a row and toward zero in its edge zones. Rows above and below the image are derived from the
+ * row-filtered image; under a constant border they are `borderValue` itself.
+ *
+ * Query the sizes, initialise `spec`, then filter any number of images. `spec` is only read by the working call and may
+ * be shared by calls that run at once; the block must hold `specSize` bytes at any address. The working call may be
+ * given a smaller region than Init.
+ *
+ * Sizes: with K = kernelSize, W and H the region, C channels, B = min(H, K), R = (K + W) * C + 7 rounded down to a
+ * multiple of 8, and rowPipe, colPipe the buffer sizes of the pipelines 8u16s and 16s8u, 16u, 16s or 32f for the
+ * region,
+ *
+ *     float     specSize = 32K + 32
+ *               bufferSize = 2(floor(4RK / 2) + 16) + 4R(K + B) + 64 + rowPipe + 32 + colPipe + 32 + 4(K + B) + 32
+ *     integers  specSize = 16K + 36
+ *               bufferSize = 2(2R * floor(K / 2) + 16) + 2R(K + B) + 64 + rowPipe + 32 + colPipe + 32 + 4(K + H) + 32
+ *
+ * The block begins with five 32-bit words, kernelSize, 20, dataType, borderMode, and the shift 12, 15 or 0; the
+ * coefficients start at byte 32: 16-bit integers, or each float coefficient 8 times.
+ *
+ * @param kernelSize   odd, 3 or more; any number of taps, also beyond the size of the image
+ * @param sigma        standard deviation in pixels, above 0
+ * @param borderMode   240, or kind 1, 3 or 6 with any sides in memory; the working call takes it from `spec`
+ * @param dataType     orvDataType8u, orvDataType16u, orvDataType16s or orvDataType32f
+ * @param numChannels  1 or 3
+ * @param borderValue  the sample outside the image under a constant border; three-channel members take a pointer to
+ *                     three samples, which is read under a constant border only and not checked
+ * @param spec         from Init
+ * @param buffer       scratch of `bufferSize` bytes at any address
+ * @return Size query: orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadArg (kernelSize below 3 or
+ *   even); orvStsBadAlgorithm (dataType); orvStsBadChannels.
+ *   Init: orvStsNullPointer; orvStsBadSize; orvStsBadArg (kernelSize 0 to 2 or even; an odd negative number passes and
+ *   gives an empty kernel); orvStsBadAlgorithm; orvStsBadChannels; orvStsBadArg (sigma not above 0, or NaN);
+ *   orvStsBadBorder. `buffer` must not be null but is not used.
+ *   Working calls: orvStsNullPointer; orvStsBadStep (a step below its row length); orvStsBadSize; orvStsStepNotAligned;
+ *   orvStsBadBorder (the word in `spec`); orvStsBadArg (the kernelSize in `spec` below 3 or even, or, of integer
+ * images, its shift 32 or more).
+ * @{
+ */
+ORV_API OrvStatus orviFilterGaussianGetBufferSize(OrvSize roi, int kernelSize, OrvDataType dataType, int numChannels,
+                                                  int* specSize, int* bufferSize);
+ORV_API OrvStatus orviFilterGaussianInit(OrvSize roi, int kernelSize, float sigma, OrvBorderMode borderMode,
+                                         OrvDataType dataType, int numChannels, void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_8u_C1R(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep,
+                                                  OrvSize roi, uint8_t borderValue, const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_8u_C3R(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep,
+                                                  OrvSize roi, const uint8_t* borderValue, const void* spec,
+                                                  void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_16u_C1R(const uint16_t* src, int srcStep, uint16_t* dst, int dstStep,
+                                                   OrvSize roi, uint16_t borderValue, const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_16u_C3R(const uint16_t* src, int srcStep, uint16_t* dst, int dstStep,
+                                                   OrvSize roi, const uint16_t* borderValue, const void* spec,
+                                                   void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_16s_C1R(const int16_t* src, int srcStep, int16_t* dst, int dstStep,
+                                                   OrvSize roi, int16_t borderValue, const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_16s_C3R(const int16_t* src, int srcStep, int16_t* dst, int dstStep,
+                                                   OrvSize roi, const int16_t* borderValue, const void* spec,
+                                                   void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_32f_C1R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                                   float borderValue, const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussianBorder_32f_C3R(const float* src, int srcStep, float* dst, int dstStep, OrvSize roi,
+                                                   const float* borderValue, const void* spec, void* buffer);
+/** @} */
+
+/**
+ * @name Gaussian filter in single precision
+ * Smooths an image with a `kernelSize` by `kernelSize` Gaussian, all in single precision, and rounds once at the end.
+ * With r = kernelSize / 2 the half kernel h(0) to h(r), farthest tap first, centre last, is
+ *
+ *     g(i) = exp(-(d * d) / ((sigma + sigma) * sigma)),  d = r - i,  and exactly 1 for the centre
+ *     h(i) = g(i) / sum
+ *
+ * where sum adds each outer tap twice, one addition after the other, from i = 0 on, and the centre last. Both passes
+ * compute, in rising i,
+ *
+ *     h(0) * (s(-r) + s(r)) + h(1) * (s(1 - r) + s(r - 1)) + ... + h(r) * s(0)
+ *
+ * first along the row, from the samples converted to float, and then down the column. Results of integer images are
+ * rounded to nearest even and saturated; float results are stored as they are. Rows above and below the image are
+ * derived from the row-filtered image; under a constant border they are `borderValue` itself.
+ *
+ * Query the sizes, initialise `spec`, then filter any number of images. `spec` is only read by the working call and may
+ * be shared by calls that run at once. The working call may be given a smaller region than Init; its own `borderMode`
+ * counts, not that of Init.
+ *
+ * Sizes: specSize = 4 * ((kernelSize + 1) / 2) + 128, initBufferSize = 64, and with K = kernelSize, W the width, C
+ * channels bufferSize = (K + 1) * R + 12K + 64, where R is 4WC rounded up to a multiple of 64. Five 32-bit words,
+ * kernelSize, 64, dataType, 0 and 0, lie at the address of the block rounded up to 64, and the half kernel 64 bytes
+ * further.
+ *
+ * Results of images of at least 524288 pixels and at least as many as the largest cache has bytes are written past the
+ * cache.
+ *
+ * @param kernelSize   odd, 3 or more; any number of taps, also beyond the size of the image
+ * @param sigma        standard deviation in pixels, above 0
+ * @param borderMode   up to 255: kind 1, 3 or 6 with any sides in memory, or any word with all four sides in memory,
+ *                     whose kind then means nothing
+ * @param dataType     orvDataType8u, orvDataType16u, orvDataType16s or orvDataType32f
+ * @param numChannels  1 or 3
+ * @param borderValue  pointer to the samples, one a channel, outside the image under a constant border; else not used
+ * @param spec         from Init
+ * @param buffer       scratch of `bufferSize` bytes at any address
+ * @return Size queries: orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadArg (kernelSize below 3 or
+ *   even); orvStsBadAlgorithm (dataType); orvStsBadChannels; orvStsBadBorder.
+ *   Init: orvStsNullPointer; orvStsBadSize; orvStsBadArg (kernelSize); orvStsBadAlgorithm; orvStsBadChannels;
+ *   orvStsBadArg (sigma 0 or below; a NaN passes); orvStsBadBorder. `initBuffer` must not be null but is not used.
+ *   Working calls: orvStsNullPointer; orvStsBadStep (a step below its row length); orvStsBadSize; orvStsStepNotAligned;
+ *   orvStsBadBorder (a word above 255); unless all four sides are in memory, orvStsNullPointer (borderValue of a
+ *   constant border), then orvStsBadBorder (another kind); orvStsBadArg (the kernelSize in `spec` below 3 or even).
+ * @{
+ */
+ORV_API OrvStatus orviFilterGaussianGetSpecSize_L(int kernelSize, OrvDataType dataType, int numChannels, int* specSize,
+                                                  int* initBufferSize);
+ORV_API OrvStatus orviFilterGaussianGetBufferSize_L(OrvSizeL roi, int kernelSize, OrvDataType dataType,
+                                                    OrvBorderMode borderMode, int numChannels, int* bufferSize);
+ORV_API OrvStatus orviFilterGaussianInit_L(OrvSizeL roi, int kernelSize, float sigma, OrvBorderMode borderMode,
+                                           OrvDataType dataType, int numChannels, void* spec, void* initBuffer);
+ORV_API OrvStatus orviFilterGaussian_8u_C1R_L(const uint8_t* src, OrvLength srcStep, uint8_t* dst, OrvLength dstStep,
+                                              OrvSizeL roi, OrvBorderMode borderMode, const uint8_t* borderValue,
+                                              const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_8u_C3R_L(const uint8_t* src, OrvLength srcStep, uint8_t* dst, OrvLength dstStep,
+                                              OrvSizeL roi, OrvBorderMode borderMode, const uint8_t* borderValue,
+                                              const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_16u_C1R_L(const uint16_t* src, OrvLength srcStep, uint16_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const uint16_t* borderValue,
+                                               const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_16u_C3R_L(const uint16_t* src, OrvLength srcStep, uint16_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const uint16_t* borderValue,
+                                               const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_16s_C1R_L(const int16_t* src, OrvLength srcStep, int16_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const int16_t* borderValue,
+                                               const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_16s_C3R_L(const int16_t* src, OrvLength srcStep, int16_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const int16_t* borderValue,
+                                               const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_32f_C1R_L(const float* src, OrvLength srcStep, float* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const float* borderValue,
+                                               const void* spec, void* buffer);
+ORV_API OrvStatus orviFilterGaussian_32f_C3R_L(const float* src, OrvLength srcStep, float* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const float* borderValue,
+                                               const void* spec, void* buffer);
+/** @} */
+
 /* -------------------------------------------------------------------------------- Derivative, fixed-kernel filters */
 
 /**
