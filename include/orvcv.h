@@ -277,7 +277,307 @@ ORV_API OrvStatus orviAbsDiffC_32f_C1R(const float* src, int srcStep, float* dst
 
 /* ------------------------------------------------------------------------------------------------------------ Norms */
 
+/**
+ * @name Norms under a mask
+ * One number from the pixels whose mask byte is nonzero. With d the samples s (orviNorm) or the differences s1 - s2
+ * (orviNormDiff, and the numerator N of orviNormRel):
+ *
+ *     Inf   the largest |d|            L1   the sum of |d|            L2   the square root of the sum of d * d
+ *
+ * orviNormRel is relative to `src2`: with D the norm of `src2` under the same mask it is N / D for Inf and L1, and
+ * sqrt(sumN / sumD), one root of the quotient of the two sums of squares, for L2. A mask that selects nothing gives the
+ * norm 0.0. C3CMR members look at the channel `coi` of three interleaved channels alone; the mask has one byte a pixel.
+ *
+ * 8- and 16-bit members are exact, masked samples count as 0. Their sums never overflow and are converted to double
+ * once, at the end. The one exception is L2 of 16-bit samples, which squares in single precision, rounded:
+ * q = float(|d|) * float(|d|). Each row is cut from its left end into blocks of 16 pixels, then one of 8 if 8 remain,
+ * then one of 4 if 4 remain, then single pixels. Pixel i of a block belongs to lane i mod 4; a lane's q are added in
+ * single precision from left to right (four in a block of 16, two in a block of 8, one otherwise), and the lanes are
+ * widened to double and added there.
+ *
+ * 32-bit float members multiply by the mask: f is 1.0 under a nonzero mask byte and +0.0 under a zero byte, and the
+ * product is taken for every pixel, so that an infinity or NaN under a zero byte becomes a NaN that takes part. All
+ * operations are single precision, one rounding each, unless told otherwise:
+ *
+ *     Inf, L1   |d| is f * |s| for orviNorm; |f * (s1 - s2)| for the others; |f * s2| for the denominator
+ *     L2        t * t with t = f * s, f * (s1 - s2), f * s2
+ *
+ * - Inf: the running maximum starts at 0 and becomes m > v ? m : v pixel after pixel, in reading order. A NaN thus
+ *   wipes out what came before it and is itself wiped out by the next pixel: the result is NaN only if the last pixel's
+ *   is, otherwise the largest value after the last NaN. Numerator and denominator are single precision, the quotient
+ *   double.
+ * - L1, and L2 of C1MR: each term is widened to double and added there. Terms of groups of 8 pixels go to 8 sums, pixel
+ *   i of a group to sum i; single pixels go to a ninth sum; all nine are kept across rows. The end result is
+ *   c[i] = a[i] + a[i + 4], (c[0] + c[2]) + (c[1] + c[3]), plus the ninth. C1MR members cut a row thus: with h the
+ *   number of pixels from the row's address in `src` (`src1`) to the next multiple of 32 bytes, the whole row is single
+ *   pixels if its address is not a multiple of 4, or the width is below 8, or below h + 8; otherwise h single pixels,
+ *   groups of 8, single pixels. C3CMR members cut a row into groups of 8 from its left end at any address, then single
+ *   pixels.
+ * - orviNormRel_L1_32f_C1MR alone: the numerator's single pixels widen both samples first and subtract in double.
+ * - L2 of C3CMR: less accurate on wide rows. A row's t * t are added in single precision in 8 sums r that start at 0,
+ *   pixel i of each group of 8 to r[i]; then p[i] = r[i] + r[i + 4], total = (p[0] + p[2]) + (p[1] + p[3]), and the
+ *   single pixels at the row's end are added to the total one by one, still in single precision. The totals of the rows
+ *   are widened and added in double, from top to bottom.
+ *
+ * Example: s = {3, 9, 4} with mask {1, 0, 1} has Inf 4, L1 7, L2 5. Relative to s2 = {3, 9, 2} the norms are 2 / 3,
+ * 2 / 5 and sqrt(4 / 13), as d is {0, -, 2}.
+ *
+ * @param src,src1,src2  images of `roi` pixels
+ * @param mask           one byte per pixel
+ * @param coi            channel of interest, 1 to 3
+ * @param value          receives the norm; nothing else may read or write it during the call
+ * @return orvStsNullPointer; orvStsBadSize (width or height below 1); then
+ *   in orviNorm: orvStsBadStep (`srcStep` below its row length), orvStsStepNotAligned (`srcStep` of a 16-bit image odd,
+ *   of a 32-bit image not a multiple of 4), orvStsBadStep (`maskStep` below the width);
+ *   in orviNormDiff, orviNormRel: orvStsBadStep (any step below its row length), orvStsStepNotAligned (a 16-bit step
+ *   odd, a 32-bit step not a multiple of 4);
+ *   orvStsBadChannelOfInterest (C3CMR).
+ *   Warning of orviNormRel: orvStsZeroDenominator if D is 0; `value` is then the NaN 0xFFF8000000000000 if N is 0 too,
+ *   +infinity if N > 0, -infinity if N is a NaN. A NaN D divides.
+ * @{
+ */
+ORV_API OrvStatus orviNorm_Inf_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       double* value);
+ORV_API OrvStatus orviNorm_Inf_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                        OrvSize roi, double* value);
+ORV_API OrvStatus orviNorm_Inf_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                        double* value);
+ORV_API OrvStatus orviNorm_L1_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                      double* value);
+ORV_API OrvStatus orviNorm_L1_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       double* value);
+ORV_API OrvStatus orviNorm_L1_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       double* value);
+ORV_API OrvStatus orviNorm_L2_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                      double* value);
+ORV_API OrvStatus orviNorm_L2_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       double* value);
+ORV_API OrvStatus orviNorm_L2_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       double* value);
+
+ORV_API OrvStatus orviNorm_Inf_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                        int coi, double* value);
+ORV_API OrvStatus orviNorm_Inf_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                         OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNorm_Inf_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                         int coi, double* value);
+ORV_API OrvStatus orviNorm_L1_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       int coi, double* value);
+ORV_API OrvStatus orviNorm_L1_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                        OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNorm_L1_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                        int coi, double* value);
+ORV_API OrvStatus orviNorm_L2_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                       int coi, double* value);
+ORV_API OrvStatus orviNorm_L2_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                        OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNorm_L2_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                        int coi, double* value);
+
+ORV_API OrvStatus orviNormDiff_Inf_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_Inf_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_Inf_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+
+ORV_API OrvStatus orviNormDiff_Inf_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_Inf_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                             const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_Inf_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                             const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L1_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormDiff_L2_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+
+ORV_API OrvStatus orviNormRel_Inf_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_Inf_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_Inf_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L1_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                         const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L1_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L1_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L2_8u_C1MR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                         const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L2_16u_C1MR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+ORV_API OrvStatus orviNormRel_L2_32f_C1MR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, double* value);
+
+ORV_API OrvStatus orviNormRel_Inf_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_Inf_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_Inf_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                            const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L1_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L1_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L1_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L2_8u_C3CMR(const uint8_t* src1, int src1Step, const uint8_t* src2, int src2Step,
+                                          const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L2_16u_C3CMR(const uint16_t* src1, int src1Step, const uint16_t* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+ORV_API OrvStatus orviNormRel_L2_32f_C3CMR(const float* src1, int src1Step, const float* src2, int src2Step,
+                                           const uint8_t* mask, int maskStep, OrvSize roi, int coi, double* value);
+/** @} */
+
 /* ------------------------------------------------------------------------------------- Means, deviations, extrema */
+
+/**
+ * @name Mean, mean and standard deviation
+ * With s the samples of the region (C1R), of one channel of it (C3CR), or of the pixels with a nonzero mask byte (C1MR,
+ * C3CMR), and n their number:
+ *
+ *     mean = sum(s) / n          variance = sum(s * s) / n - mean * mean          stdDev = sqrt(|variance|)
+ *
+ * all in double precision, operation by operation as written. With n = 0 both results are 0.0.
+ *
+ * The sums of 8- and 16-bit samples are exact integers at any image size, converted to double once, at the end. 32-bit
+ * float samples are multiplied by f, 1.0 under a nonzero mask byte and +0.0 under a zero byte, so that an infinity or
+ * NaN under a zero byte makes both results NaN (unless n = 0); the product is widened to double, squared there, and
+ * both are added there. The order of these additions is that of the L1 norms: nine sums, rows cut at the 32-byte
+ * boundary in C1R and C1MR, from their left end in C3CR and C3CMR.
+ *
+ * The deviation of 32-bit float samples doesn't trust a difference that cancelled: if mean * 0.05 * mean > stdDev *
+ * stdDev, from left to right and strictly, a second pass takes stdDev = sqrt(sum((s - mean) * (s - mean)) / n) with the
+ * mean of the first, in double precision and in the same order; a pixel under a zero mask byte adds +0.0.
+ *
+ * Example: s = {2, 4, 9} with mask {1, 1, 0} has mean 3 and deviation 1; 1000 in every pixel has deviation 0 exactly.
+ *
+ * @param src     image of `roi` pixels
+ * @param mask    one byte per pixel
+ * @param coi     channel of interest, 1 to 3
+ * @param mean    receives the mean; may be null in orviMean_StdDev
+ * @param stdDev  receives the standard deviation; may be null
+ * @return orvStsNullPointer (`src`, `mask`, in orviMean also `mean`); orvStsBadSize (width or height below 1); then
+ *   C1R, C3CR: orvStsBadStep (`srcStep` below its row length), orvStsStepNotAligned (`srcStep` of a 16-bit image odd,
+ *   of a 32-bit image not a multiple of 4);
+ *   C1MR: the same, then orvStsBadStep (`maskStep` below the width);
+ *   C3CMR: orvStsBadStep (`srcStep` or `maskStep` below its row length), orvStsStepNotAligned;
+ *   orvStsBadChannelOfInterest (C3CR, C3CMR).
+ * @{
+ */
+ORV_API OrvStatus orviMean_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                   double* mean);
+ORV_API OrvStatus orviMean_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                    double* mean);
+ORV_API OrvStatus orviMean_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                    double* mean);
+ORV_API OrvStatus orviMean_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                    int coi, double* mean);
+ORV_API OrvStatus orviMean_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                     int coi, double* mean);
+ORV_API OrvStatus orviMean_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                     int coi, double* mean);
+
+ORV_API OrvStatus orviMean_StdDev_8u_C1R(const uint8_t* src, int srcStep, OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_16u_C1R(const uint16_t* src, int srcStep, OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_32f_C1R(const float* src, int srcStep, OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_8u_C3CR(const uint8_t* src, int srcStep, OrvSize roi, int coi, double* mean,
+                                          double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_16u_C3CR(const uint16_t* src, int srcStep, OrvSize roi, int coi, double* mean,
+                                           double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_32f_C3CR(const float* src, int srcStep, OrvSize roi, int coi, double* mean,
+                                           double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                          OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                           OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep,
+                                           OrvSize roi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                           OrvSize roi, int coi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                            OrvSize roi, int coi, double* mean, double* stdDev);
+ORV_API OrvStatus orviMean_StdDev_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep,
+                                            OrvSize roi, int coi, double* mean, double* stdDev);
+/** @} */
+
+/**
+ * @name Extreme values and their positions
+ * The smallest and largest sample of the region (C1R), of one channel of it (C3CR), or of the pixels with a nonzero
+ * mask byte (C1MR, C3CMR), as floats, each with the position of its first occurrence in reading order, relative to the
+ * region's first pixel. All four outputs may be null, and a position comes only with its value:
+ *
+ * - `maxVal` null: the minimum goes to `minVal` and `minIndex`, those that are not null; `maxIndex` stays untouched.
+ * - `minVal` null, `maxVal` not: the maximum goes to `maxVal` and, if not null, `maxIndex`; `minIndex` stays untouched.
+ *
+ * Masks select here. A mask that selects nothing gives 0 for values and positions. NaN samples are passed over, as they
+ * are never an improvement; where there is nothing but NaN, values and positions are 0. Zeros of both signs are equal:
+ * the first one counts and keeps its sign.
+ * Example: s = {{5, 9}, {5, 9}} gives 5 at (0, 0) and 9 at (1, 0).
+ *
+ * @param src                image of `roi` pixels
+ * @param mask               one byte per pixel
+ * @param coi                channel of interest, 1 to 3
+ * @param minVal,maxVal      receive the extreme values
+ * @param minIndex,maxIndex  receive their positions
+ * @return orvStsNullPointer (`src`, `mask`); orvStsBadSize (width or height below 1); orvStsBadStep (`srcStep` or
+ *   `maskStep` below its row length); orvStsStepNotAligned (`srcStep` of a 16-bit image odd, of a 32-bit image not a
+ *   multiple of 4); orvStsBadChannelOfInterest (C3CR, C3CMR). Warning of the masked members: orvStsMaskEmpty, no mask
+ *   byte of the region is nonzero.
+ * @{
+ */
+ORV_API OrvStatus orviMinMaxIndx_8u_C1R(const uint8_t* src, int srcStep, OrvSize roi, float* minVal, float* maxVal,
+                                        OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_16u_C1R(const uint16_t* src, int srcStep, OrvSize roi, float* minVal, float* maxVal,
+                                         OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_32f_C1R(const float* src, int srcStep, OrvSize roi, float* minVal, float* maxVal,
+                                         OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_8u_C3CR(const uint8_t* src, int srcStep, OrvSize roi, int coi, float* minVal,
+                                         float* maxVal, OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_16u_C3CR(const uint16_t* src, int srcStep, OrvSize roi, int coi, float* minVal,
+                                          float* maxVal, OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_32f_C3CR(const float* src, int srcStep, OrvSize roi, int coi, float* minVal,
+                                          float* maxVal, OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_8u_C1MR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                         OrvSize roi, float* minVal, float* maxVal, OrvPoint* minIndex,
+                                         OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_16u_C1MR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                          OrvSize roi, float* minVal, float* maxVal, OrvPoint* minIndex,
+                                          OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_32f_C1MR(const float* src, int srcStep, const uint8_t* mask, int maskStep, OrvSize roi,
+                                          float* minVal, float* maxVal, OrvPoint* minIndex, OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_8u_C3CMR(const uint8_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                          OrvSize roi, int coi, float* minVal, float* maxVal, OrvPoint* minIndex,
+                                          OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_16u_C3CMR(const uint16_t* src, int srcStep, const uint8_t* mask, int maskStep,
+                                           OrvSize roi, int coi, float* minVal, float* maxVal, OrvPoint* minIndex,
+                                           OrvPoint* maxIndex);
+ORV_API OrvStatus orviMinMaxIndx_32f_C3CMR(const float* src, int srcStep, const uint8_t* mask, int maskStep,
+                                           OrvSize roi, int coi, float* minVal, float* maxVal, OrvPoint* minIndex,
+                                           OrvPoint* maxIndex);
+/** @} */
 
 /* ------------------------------------------------------------------------------------------ Row, column pipelines */
 
