@@ -581,7 +581,308 @@ ORV_API OrvStatus orviMinMaxIndx_32f_C3CMR(const float* src, int srcStep, const 
 
 /* ------------------------------------------------------------------------------------------ Row, column pipelines */
 
+/**
+ * @name Row and column pipelines
+ * One-dimensional correlation along the rows into rows that the caller holds, and down an array of row pointers into a
+ * finished image. Together they are a separable filter that can be streamed: keep a ring of kernelSize + n - 1 rows,
+ * rotate the pointers, and filter an image of any height in bands. The two halves share no state. With K = kernelSize,
+ * k = kernel, W = roi.width and C the number of channels:
+ *
+ *     row      dstRows[y][x]  = scaled(k[0] * s(x - xAnchor) + k[1] * s(x - xAnchor + 1) + ... )      K terms
+ *     column   dst(x, y)      = scaled(k[0] * srcRows[y][x] + ... + k[K - 1] * srcRows[y + K - 1][x])
+ *
+ * where s(i) is pixel i of the source row, extended beyond both ends by the border word. Kernels are not reversed.
+ * Channels are filtered alike and apart.
+ *
+ * Example: the row 1, 2, 3, 4 through orviFilterRowBorderPipeline_8u16s_C1R with the kernel 1, 2, 1, xAnchor 1, border
+ * orvBorderReplicate, divisor 3. The sums are 5, 8, 12, 15. Pixels 1 and 2 are the centre and round: 8 / 3 gives 3,
+ * 12 / 3 gives 4; pixels 0 and 3 lie at the edges and truncate: 5 / 3 gives 1, 15 / 3 gives 5.
+ *
+ * Arithmetic of the rows. The centre are the W - K + 1 outputs (if any) from x = xAnchor on, whose window lies in the
+ * row; all others are edges. recip is the float 1.0f / divisor. Float sums add in the order of the terms, starting with
+ * the first product. Rounding is to nearest even, saturation to the destination type.
+ *
+ *     8u16s    the integer sum as float, times recip; centre: rounded, saturated; edges: clamped, truncated to zero.
+ *     16s      K 3, 5: if |k[0]| + |k[1]| + ... is below 65535, as 8u16s; otherwise the float sum of
+ *              (k[j] * recip) * s; centre: clamped, rounded; edges: clamped, truncated. The centre adds mirrored
+ *              samples first where the kernel is symmetric: (s0 + s2) * k0 + s1 * k1, and ((s0 + s4) * k0 + (s1 + s3) *
+ * k1) + s2 * k2, with k scaled. Other K: edges as 8u16s, whatever the kernel. Centre: with W - K of 15 or less the
+ * float sum of (k[j] * recip) * s, clamped and truncated; otherwise as 8u16s if the magnitudes sum up below 65535 and
+ *              no coefficient is -32768, else the float sum of (k[j] * recip) * s, clamped and rounded. W and K in
+ * pixels. 16u      the float sum of k[j] * s, times recip, clamped to 0 .. 65535; centre: rounded; edges: truncated.
+ *     32f      the float sum.
+ *     _Low 16s scale = trunc(16384.0f / divisor), 16 bits. Centre: the sum wraps to 16 bits at every step; sum * scale,
+ *              shifted right by 14 with its sign, saturated to 16 bits. Edges: the sum has 32 bits, sum * scale wraps
+ *              to 32 bits, is shifted right by 14, and its low 16 bits are stored. But with K 5, borderMode exactly
+ *              orvBorderReplicate, xAnchor 2, k[0] = k[4], k[1] = k[3], divisor 16 and W above 10 the whole row, edges
+ *              too, is the sum wrapped to 16 bits and shifted right by 4 with its sign.
+ *
+ * Integer sums have 32 bits and wrap. A difference of one between an edge and a centre pixel is by design.
+ *
+ * Arithmetic of the columns. A row of W * C samples has blocks of 16 samples from the left and a tail of up to 15.
+ *
+ *     16s, 16s8u, 16s8s
+ *              blocks: the float sum of (k[j] * recip) * s, clamped to -32768 .. 32767, rounded, saturated. For K 3
+ *              with k[0] = k[2] the sum is k0 * (s0 + s2) + k1 * s1 with k scaled. Tail: the float sum of k[j] * s,
+ * each product rounded to float, times recip, clamped to the destination type, truncated. 16u      the float sum of
+ * k[j] * s, times recip, clamped to 0 .. 65535; blocks: rounded; tail: truncated. 32f      the float sum. _Low 16s
+ * blocks as the centre, the tail as the edges of the row form. But with K 5, k[0] = k[4], k[1] = k[3], divisor 16 and
+ * roi.height 3 or more the whole rows, tails too, are the sum wrapped to 16 bits and shifted right by 4 with its sign,
+ * except the last row of an odd number of rows.
+ *
+ * @param src            the source image of `roi` pixels (row pipelines)
+ * @param dstRows        roi.height pointers to rows of W * C samples that are written
+ * @param srcRows        roi.height + kernelSize - 1 pointers to rows of W * C samples that are read
+ * @param dst            the destination image (column pipelines); not one of the rows
+ * @param kernel         kernelSize coefficients; the same for every channel
+ * @param kernelSize     1 or more
+ * @param xAnchor        0 .. kernelSize - 1: position of the output pixel in the window
+ * @param borderMode     replicate, mirror or constant, with any sides in memory, or orvBorderMemAll. Left and right
+ *                       act; top and bottom mean nothing here. Mirror in a row of one pixel replicates it.
+ * @param borderValue    one sample; three-channel members: three samples, required under every border word
+ * @param divisor        see the formulas; both passes of a separable filter apply their own
+ * @param buffer         scratch of the size that the query gives, at any address; belongs to one running call
+ * @return rows: orvStsNullPointer (src, dstRows, kernel, buffer); orvStsBadSize (width or height below 1);
+ *   orvStsNullPointer (any of the dstRows); three-channel members: orvStsNullPointer (borderValue); orvStsBadSize
+ *   (kernelSize below 1); orvStsBadAnchor; orvStsBadStep (srcStep below the row length); 16- and 32-bit sources:
+ *   orvStsStepNotAligned; orvStsBadArg (divisor 0, for 16u below 1; not 8u16s_C1R); orvStsBadBorder; 8u16s_C1R only:
+ *   orvStsBadArg (divisor 0).
+ *   Columns: orvStsNullPointer (srcRows, dst, kernel); orvStsBadSize (width or height below 1); orvStsNullPointer (any
+ *   of the roi.height + kernelSize - 1 srcRows); orvStsBadSize (kernelSize below 1); orvStsBadStep (dstStep below the
+ * row length; Low_16s_C3R compares with 2 * W); 16- and 32-bit destinations: orvStsStepNotAligned; orvStsNullPointer
+ *   (buffer); orvStsBadArg (divisor 0).
+ * @{
+ */
+ORV_API OrvStatus orviFilterRowBorderPipeline_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* const* dstRows,
+                                                        OrvSize roi, const int16_t* kernel, int kernelSize, int xAnchor,
+                                                        OrvBorderMode borderMode, uint8_t borderValue, int divisor,
+                                                        uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_8u16s_C3R(const uint8_t* src, int srcStep, int16_t* const* dstRows,
+                                                        OrvSize roi, const int16_t* kernel, int kernelSize, int xAnchor,
+                                                        OrvBorderMode borderMode, const uint8_t* borderValue,
+                                                        int divisor, uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_16s_C1R(const int16_t* src, int srcStep, int16_t* const* dstRows,
+                                                      OrvSize roi, const int16_t* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, int16_t borderValue, int divisor,
+                                                      uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_16s_C3R(const int16_t* src, int srcStep, int16_t* const* dstRows,
+                                                      OrvSize roi, const int16_t* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, const int16_t* borderValue, int divisor,
+                                                      uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_16u_C1R(const uint16_t* src, int srcStep, uint16_t* const* dstRows,
+                                                      OrvSize roi, const uint16_t* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, uint16_t borderValue, int divisor,
+                                                      uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_16u_C3R(const uint16_t* src, int srcStep, uint16_t* const* dstRows,
+                                                      OrvSize roi, const uint16_t* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, const uint16_t* borderValue,
+                                                      int divisor, uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_32f_C1R(const float* src, int srcStep, float* const* dstRows, OrvSize roi,
+                                                      const float* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, float borderValue, uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_32f_C3R(const float* src, int srcStep, float* const* dstRows, OrvSize roi,
+                                                      const float* kernel, int kernelSize, int xAnchor,
+                                                      OrvBorderMode borderMode, const float* borderValue,
+                                                      uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_Low_16s_C1R(const int16_t* src, int srcStep, int16_t* const* dstRows,
+                                                          OrvSize roi, const int16_t* kernel, int kernelSize,
+                                                          int xAnchor, OrvBorderMode borderMode, int16_t borderValue,
+                                                          int divisor, uint8_t* buffer);
+ORV_API OrvStatus orviFilterRowBorderPipeline_Low_16s_C3R(const int16_t* src, int srcStep, int16_t* const* dstRows,
+                                                          OrvSize roi, const int16_t* kernel, int kernelSize,
+                                                          int xAnchor, OrvBorderMode borderMode,
+                                                          const int16_t* borderValue, int divisor, uint8_t* buffer);
+
+ORV_API OrvStatus orviFilterColumnPipeline_16s_C1R(const int16_t* const* srcRows, int16_t* dst, int dstStep,
+                                                   OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                   uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16s_C3R(const int16_t* const* srcRows, int16_t* dst, int dstStep,
+                                                   OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                   uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16u_C1R(const uint16_t* const* srcRows, uint16_t* dst, int dstStep,
+                                                   OrvSize roi, const uint16_t* kernel, int kernelSize, int divisor,
+                                                   uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16u_C3R(const uint16_t* const* srcRows, uint16_t* dst, int dstStep,
+                                                   OrvSize roi, const uint16_t* kernel, int kernelSize, int divisor,
+                                                   uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_32f_C1R(const float* const* srcRows, float* dst, int dstStep, OrvSize roi,
+                                                   const float* kernel, int kernelSize, uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_32f_C3R(const float* const* srcRows, float* dst, int dstStep, OrvSize roi,
+                                                   const float* kernel, int kernelSize, uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16s8u_C1R(const int16_t* const* srcRows, uint8_t* dst, int dstStep,
+                                                     OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                     uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16s8u_C3R(const int16_t* const* srcRows, uint8_t* dst, int dstStep,
+                                                     OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                     uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16s8s_C1R(const int16_t* const* srcRows, int8_t* dst, int dstStep,
+                                                     OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                     uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_16s8s_C3R(const int16_t* const* srcRows, int8_t* dst, int dstStep,
+                                                     OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                     uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_Low_16s_C1R(const int16_t* const* srcRows, int16_t* dst, int dstStep,
+                                                       OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                       uint8_t* buffer);
+ORV_API OrvStatus orviFilterColumnPipeline_Low_16s_C3R(const int16_t* const* srcRows, int16_t* dst, int dstStep,
+                                                       OrvSize roi, const int16_t* kernel, int kernelSize, int divisor,
+                                                       uint8_t* buffer);
+/** @} */
+
+/**
+ * @name Buffer sizes of the row and column pipelines
+ * The bytes of `buffer`. With K = kernelSize, W = roi.width, up(W, n) = W rounded up to a multiple of n:
+ *
+ *     rows      8u16s      C1 36K + 144    C3 60K + 144
+ *               16s        C1 48K + 112    C3 40K + 96
+ *               16u        C1 64K + 96     C3 128K + 96
+ *               32f        C1 48K + 96     C3 144K + 96
+ *               _Low 16s   C1 24K + 96     C3 208K + 96
+ *     columns   16s, 16s8u, 16s8s   C1 12 * up(W, 4) + 64    C3 36 * up(W, 4) + 64
+ *               16u        32K + 64 + 32 * floor((W * C + 3) / 4)
+ *               32f        32K + 32
+ *               _Low 16s   C1 12 * up(W, 8) + 64    C3 36 * up(W, 8) + 64
+ *
+ * Example: rows 32f_C1R with K 5: 336.
+ * @param bufferSize  receives the bytes
+ * @return orvStsNullPointer; orvStsBadSize (width, height or kernelSize below 1).
+ * @{
+ */
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_8u16s_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_8u16s_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_16s_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_16s_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_16u_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_16u_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_32f_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_32f_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_Low_16s_C1R(OrvSize roi, int kernelSize,
+                                                                       int32_t* bufferSize);
+ORV_API OrvStatus orviFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(OrvSize roi, int kernelSize,
+                                                                       int32_t* bufferSize);
+
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16u_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16u_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_32f_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_32f_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s8u_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s8u_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s8s_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_16s8s_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_Low_16s_C1R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterColumnPipelineGetBufferSize_Low_16s_C3R(OrvSize roi, int kernelSize, int32_t* bufferSize);
+/** @} */
+
 /* ------------------------------------------------------------------------------------------------ Separable filter */
+
+/**
+ * @name Separable filter
+ * A row kernel and a column kernel of any size in one call. With K, L the width and height of the kernel, kx the row
+ * kernel of the pixel's channel, ky the column kernel, the anchor ((K - 1) / 2, (L - 1) / 2), truncated:
+ *
+ *     r(x, y)   = (kx[0] * s(x - ax, y) + ... + kx[K - 1] * s(x - ax + K - 1, y)) * recip
+ *     dst(x, y) = converted((ky[0] * r(x, y - ay) + ... + ky[L - 1] * r(x, y - ay + L - 1)) * recip)
+ *
+ * recip is the float 1.0f / divisor; `divisor` acts in both passes, so the whole division is by divisor * divisor.
+ * 8u, 8u16s and 16s members have integer kernels: the row sum is the exact integer rounded once to float. 16u and 32f
+ * members have float kernels and no divisor: both sums are float, in the order of the terms from the first product on.
+ * The column sum is float in the same order. Integer destinations are clamped to their range and truncated toward zero.
+ * Example: a 1 x 1 kernel 1 with divisor 2 divides by 4.
+ *
+ * Rows beyond the top and bottom follow the border word like pixels beyond the left and right: a replicated or mirrored
+ * row is the filtered source row at the mapped index (with one row, row 0), and where a side is in memory the real rows
+ * beyond it are filtered. Under a constant border every sample of such a row is (float(borderValue) * S) * recip, S
+ * the float of the sum of the channel's row kernel (float kernels: (borderValue * S) with S the float sum in order).
+ *
+ * orviFilterSeparableInit_16s_L serves 8u and 8u16s (dataType orvDataType8u) and 16s members;
+ * orviFilterSeparableInit_32f_L serves 16u and 32f members. Kernels are copied as given, neither normalised nor
+ * reversed.
+ *
+ * Sizes in bytes, C channels, W the width of the region, integers:
+ *
+ *     spec     2 * (K + L) * C * B + 127                                     B 2 for orvDataType16s, 4 for 32f
+ *     buffer   128K + 4 * (((W + K - 1) * L + K * S) * C + L)                 S 2 for kernelType 16s, 4 for 32f
+ *
+ * @param kernelX        K * C coefficients, interleaved: coefficient j of channel c is entry j * C + c
+ * @param kernelY        L coefficients, the same for every channel
+ * @param divisor        not 0
+ * @param roundMode      stored, without effect
+ * @param dataType       sample type. GetSpecSize: type of the kernel, orvDataType16s or orvDataType32f. GetBufferSize:
+ *                       8u, 16u, 16s or 32f
+ * @param kernelType     orvDataType16s or orvDataType32f
+ * @param numChannels    1, 3 or 4
+ * @param spec           filled by Init at any address, not moved afterwards; only read by the filter, so running calls
+ *                       may share it. Any region size may be filtered with one spec.
+ * @param borderMode     replicate, mirror or constant, with any sides in memory, or orvBorderMemAll
+ * @param borderValue    one sample; C3, C4: a pointer to a sample per channel, read under a constant border only
+ * @param buffer         scratch of the queried size at any address; belongs to one running call
+ * @return GetSpecSize: orvStsBadSize (kernel width or height below 1); orvStsNullPointer; orvStsBadAlgorithm
+ *   (dataType); orvStsBadChannels. GetBufferSize: orvStsBadSize (any of the four sizes below 1); orvStsNullPointer;
+ *   orvStsBadAlgorithm (dataType, kernelType); orvStsBadChannels. Init: orvStsNullPointer (kernelX, kernelY, spec);
+ *   orvStsBadSize; orvStsBadAlgorithm (dataType not 8u or 16s; for 32f kernels not 16u or 32f); orvStsBadChannels;
+ *   16s kernels: orvStsBadDivisor (divisor 0). Filter: orvStsNullPointer (src, dst, spec, buffer); orvStsBadSize;
+ *   orvStsBadStep (a step below its row length); orvStsBadBorder; C3, C4 under a constant border: orvStsNullPointer
+ *   (borderValue).
+ * @{
+ */
+ORV_API OrvStatus orviFilterSeparableGetSpecSize_L(OrvSize kernelSize, OrvDataType dataType, int numChannels,
+                                                   int32_t* specSize);
+ORV_API OrvStatus orviFilterSeparableGetBufferSize_L(OrvSizeL roi, OrvSize kernelSize, OrvDataType dataType,
+                                                     OrvDataType kernelType, int numChannels, int32_t* bufferSize);
+ORV_API OrvStatus orviFilterSeparableInit_16s_L(const int16_t* kernelX, const int16_t* kernelY, OrvSize kernelSize,
+                                                int divisor, int roundMode, OrvDataType dataType, int numChannels,
+                                                void* spec);
+ORV_API OrvStatus orviFilterSeparableInit_32f_L(const float* kernelX, const float* kernelY, OrvSize kernelSize,
+                                                OrvDataType dataType, int numChannels, void* spec);
+
+ORV_API OrvStatus orviFilterSeparable_8u_C1R_L(const uint8_t* src, OrvLength srcStep, uint8_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, uint8_t borderValue,
+                                               const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_8u_C3R_L(const uint8_t* src, OrvLength srcStep, uint8_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const uint8_t* borderValue,
+                                               const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_8u_C4R_L(const uint8_t* src, OrvLength srcStep, uint8_t* dst, OrvLength dstStep,
+                                               OrvSizeL roi, OrvBorderMode borderMode, const uint8_t* borderValue,
+                                               const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_8u16s_C1R_L(const uint8_t* src, OrvLength srcStep, int16_t* dst,
+                                                  OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                  uint8_t borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_8u16s_C3R_L(const uint8_t* src, OrvLength srcStep, int16_t* dst,
+                                                  OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                  const uint8_t* borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_8u16s_C4R_L(const uint8_t* src, OrvLength srcStep, int16_t* dst,
+                                                  OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                  const uint8_t* borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16s_C1R_L(const int16_t* src, OrvLength srcStep, int16_t* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, int16_t borderValue,
+                                                const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16s_C3R_L(const int16_t* src, OrvLength srcStep, int16_t* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, const int16_t* borderValue,
+                                                const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16s_C4R_L(const int16_t* src, OrvLength srcStep, int16_t* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, const int16_t* borderValue,
+                                                const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16u_C1R_L(const uint16_t* src, OrvLength srcStep, uint16_t* dst,
+                                                OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                uint16_t borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16u_C3R_L(const uint16_t* src, OrvLength srcStep, uint16_t* dst,
+                                                OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                const uint16_t* borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_16u_C4R_L(const uint16_t* src, OrvLength srcStep, uint16_t* dst,
+                                                OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode,
+                                                const uint16_t* borderValue, const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_32f_C1R_L(const float* src, OrvLength srcStep, float* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, float borderValue,
+                                                const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_32f_C3R_L(const float* src, OrvLength srcStep, float* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, const float* borderValue,
+                                                const void* spec, uint8_t* buffer);
+ORV_API OrvStatus orviFilterSeparable_32f_C4R_L(const float* src, OrvLength srcStep, float* dst, OrvLength dstStep,
+                                                OrvSizeL roi, OrvBorderMode borderMode, const float* borderValue,
+                                                const void* spec, uint8_t* buffer);
+/** @} */
 
 /* ------------------------------------------------------------------------------------------------- Gaussian filter */
 
