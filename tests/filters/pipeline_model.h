@@ -196,11 +196,8 @@ inline int columnFormula16s(const std::vector<int16_t>& s, const int16_t* kernel
     c.push_back(static_cast<float>(kernel[j]) * reciprocal(divisor));
     v.push_back(static_cast<float>(s[j]));
   }
-  if (taps == 3) {
-    const float value =
-        kernel[0] == kernel[2] ? c[0] * (v[0] + v[2]) + c[1] * v[1] : (c[0] * v[0] + c[1] * v[1]) + c[2] * v[2];
-    return block ? rounded(value, low, high) : truncated(value, low, high);
-  }
+  if (block && taps == 3 && kernel[0] == kernel[2])
+    return rounded(c[0] * (v[0] + v[2]) + c[1] * v[1], low, high);
   if (block)
     return rounded(floatSum(v, c.data()), low, high);
   return truncated(floatSum(v, kernel) * reciprocal(divisor), low, high);
