@@ -29,9 +29,8 @@ const bool registered = addCases({
      .budget = 5.9,
      .limit = 4.5,
      .bytesPerPixel = 9,
-     .prepare = on<uint8_t>([](auto& f) {
-       orviAdd_8u32f_C1IR(f.src1.data(), f.src1.step(), f.acc.data(), f.acc.step(), f.roi);
-     })},
+     .prepare = on<uint8_t>(
+         [](auto& f) { orviAdd_8u32f_C1IR(f.src1.data(), f.src1.step(), f.acc.data(), f.acc.step(), f.roi); })},
     {.function = "orviAdd_8u32f_C1IMR",
      .work = "running sum 8u into 32f, masked",
      .budget = 7,
@@ -49,12 +48,12 @@ const bool registered = addCases({
      .prepare = on<uint8_t>([](auto& f) {
        orviAddWeighted_8u32f_C1IR(f.src1.data(), f.src1.step(), f.acc.data(), f.acc.step(), f.roi, 0.05f);
      })},
-    {.function = "orviAddProduct_16u32f_C1IMR",
-     .bytesPerPixel = 13,
-     .prepare = on<uint16_t>([](auto& f) {
-       orviAddProduct_16u32f_C1IMR(f.src1.data(), f.src1.step(), f.src2.data(), f.src2.step(), f.mask.data(),
-                                   f.mask.step(), f.acc.data(), f.acc.step(), f.roi);
-     })},
+    {.function = "orviAddProduct_16u32f_C1IMR", .bytesPerPixel = 13, .prepare = on<uint16_t>([](auto& f) {
+                                                                       orviAddProduct_16u32f_C1IMR(
+                                                                           f.src1.data(), f.src1.step(), f.src2.data(),
+                                                                           f.src2.step(), f.mask.data(), f.mask.step(),
+                                                                           f.acc.data(), f.acc.step(), f.roi);
+                                                                     })},
     {.function = "orviAbsDiff_8u_C1R",
      .work = "absolute difference 8u",
      .budget = 1.9,
@@ -64,12 +63,11 @@ const bool registered = addCases({
        orviAbsDiff_8u_C1R(f.src1.data(), f.src1.step(), f.src2.data(), f.src2.step(), f.dst.data(), f.dst.step(),
                           f.roi);
      })},
-    {.function = "orviAbsDiff_32f_C1R",
-     .bytesPerPixel = 12,
-     .prepare = on<float>([](auto& f) {
-       orviAbsDiff_32f_C1R(f.src1.data(), f.src1.step(), f.src2.data(), f.src2.step(), f.dst.data(), f.dst.step(),
-                           f.roi);
-     })},
+    {.function = "orviAbsDiff_32f_C1R", .bytesPerPixel = 12, .prepare = on<float>([](auto& f) {
+                                                               orviAbsDiff_32f_C1R(f.src1.data(), f.src1.step(),
+                                                                                   f.src2.data(), f.src2.step(),
+                                                                                   f.dst.data(), f.dst.step(), f.roi);
+                                                             })},
 });
 
 }  // namespace

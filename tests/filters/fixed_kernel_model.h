@@ -16,7 +16,7 @@ template <class Sample>
 Sample extendedPixel(const ImageView<Sample>& in, int x, int y, int word, Sample borderValue) {
   const AxisIndex row = mapRow(y, in.height, word);
   const AxisIndex column = mapColumn(x, in.width, word);
-  return row.constant || column.constant ? borderValue : in.row(row.index)[column.index];
+  return row.constant || column.constant ? borderValue : sampleAt(in.row(row.index), column.index);
 }
 
 /// Sums in 32 bits for integer images, in single precision for float images.

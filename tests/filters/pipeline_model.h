@@ -4,11 +4,20 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "frame/border_model.h"
 
 namespace model {
+
+/// Sample i behind a pointer at any address.
+template <class Sample>
+Sample sampleAt(const Sample* samples, int i) {
+  Sample value;
+  std::memcpy(&value, samples + i, sizeof value);
+  return value;
+}
 
 inline int16_t low16(int64_t value) { return static_cast<int16_t>(static_cast<uint16_t>(value & 0xFFFF)); }
 inline int32_t low32(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value & 0xFFFFFFFF)); }
@@ -46,7 +55,7 @@ struct ExtendedRow {
 
   Sample sample(int x, int c) const {
     const AxisIndex source = mapColumn(x, width, word);
-    return source.constant ? borderValue[c] : row[source.index * channels + c];
+    return source.constant ? borderValue[c] : sampleAt(row, source.index * channels + c);
   }
 };
 
@@ -181,7 +190,7 @@ inline void filterRowLow(const ExtendedRow<int16_t>& in, int16_t* out, const int
 template <class Sample>
 std::vector<Sample> columnSamples(const Sample* const* rows, int taps, int x) {
   std::vector<Sample> s;
-  for (int j = 0; j < taps; ++j) s.push_back(rows[j][x]);
+  for (int j = 0; j < taps; ++j) s.push_back(sampleAt(rows[j], x));
   return s;
 }
 
