@@ -1,0 +1,44 @@
+/*
+ * Opens the library at run time, finds every name given, calls one function, closes the library, and does so again.
+ * usage: load LIBRARY < names
+ */
+#include <dlfcn.h>
+#include <orvcv.h>
+#include <stdio.h>
+#include <string.h>
+
+typedef OrvStatus (*AbsDiff)(const uint8_t*, int, const uint8_t*, int, uint8_t*, int, OrvSize);
+
+static int differenceOf9And5(void* library) {
+  uint8_t nine = 9, five = 5, difference = 0;
+  OrvSize size = {1, 1};
+  AbsDiff absDiff;
+  void* symbol = dlsym(library, "orviAbsDiff_8u_C1R");
+  memcpy(&absDiff, &symbol, sizeof absDiff);
+  return absDiff(&nine, 1, &five, 1, &difference, 1, size) == orvStsOk ? difference : -1;
+}
+
+int main(int argc, char** argv) {
+  char name[256];
+  int found = 0, round;
+  void* library = argc == 2 ? dlopen(argv[1], RTLD_NOW | RTLD_LOCAL) : NULL;
+  if (library == NULL) {
+    fprintf(stderr, "can't open the library: %s\n", argc == 2 ? dlerror() : "no name given");
+    return 1;
+  }
+  while (scanf("%255s", name) == 1) {
+    if (dlsym(library, name) == NULL) {
+      fprintf(stderr, "no symbol %s\n", name);
+      return 2;
+    }
+    ++found;
+  }
+  for (round = 0; round < 3; ++round) {
+    if (differenceOf9And5(library) != 4)
+      return 3;
+    if (dlclose(library) != 0 || (library = dlopen(argv[1], RTLD_LAZY | RTLD_LOCAL)) == NULL)
+      return 4;
+  }
+  printf("opened at run time: %d names found\n", found);
+  return found > 0 ? 0 : 5;
+}
