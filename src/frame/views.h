@@ -21,6 +21,9 @@ struct View {
   Sample* row(int y) const { return advanceBytes(first, static_cast<intptr_t>(y) * step); }
 };
 
+template <class Sample>
+View(Sample*, int) -> View<Sample>;
+
 /// Walks the rows of several views at once: for (auto [a, s] : rows(height, View{acc, accStep}, View{src, srcStep}))
 template <class... Samples>
 class Rows {
