@@ -4,12 +4,13 @@ set -euo pipefail
 
 usage() {
   cat <<'END'
-usage: scripts/bootstrap.sh [--check] [build] [test]
+usage: scripts/bootstrap.sh [--check] [build] [test] [bench]
 
-Installs what is missing on a Debian or Ubuntu machine, and nothing else. Without a section: both.
+Installs what is missing on a Debian or Ubuntu machine, and nothing else. Without a section: build and test.
 
   build    32-bit GCC, CMake, Ninja, image file headers: the library, the command line tool, the examples
   test     GoogleTest sources, pkg-config: the test suite
+  bench    32-bit Google Benchmark, for which the package architecture i386 is added
   --check  install nothing; list what is missing and exit with 1 if anything is
 
 Works as root and, for other users, through sudo. Touches no network when nothing is missing.
@@ -22,11 +23,15 @@ for argument; do
   case $argument in
     -h | --help) usage; exit 0 ;;
     --check) checkOnly=yes ;;
-    build | test) sections+=("$argument") ;;
+    build | test | bench) sections+=("$argument") ;;
     *) echo "bootstrap: unknown argument '$argument'" >&2; usage >&2; exit 2 ;;
   esac
 done
 [ ${#sections[@]} -gt 0 ] || sections=(build test)
+
+# Where packages go that can't be installed, and what tells that the benchmark library is there.
+unpacked=$(cd "$(dirname "$0")/.." && pwd)/build/packages
+benchmarkConfig=/usr/lib/i386-linux-gnu/cmake/benchmark/benchmarkConfig.cmake
 
 links32Bit() {
   echo '#include <string>
@@ -51,6 +56,7 @@ isPresent() {
     libstb-dev) [ -f /usr/include/stb/stb_image.h ] && [ -f /usr/include/stb/stb_image_write.h ] ;;
     googletest) [ -f /usr/src/googletest/googletest/include/gtest/gtest.h ] ;;
     pkg-config) haveCommands pkg-config ;;
+    libbenchmark-dev:i386) [ -f "$benchmarkConfig" ] || [ -f "$unpacked$benchmarkConfig" ] ;;
   esac >/dev/null 2>&1
 }
 
@@ -58,6 +64,7 @@ packagesOf() {
   case $1 in
     build) echo g++ g++-multilib cmake ninja-build libstb-dev ;;
     test) echo googletest pkg-config ;;
+    bench) echo libbenchmark-dev:i386 ;;
   esac
 }
 
@@ -88,10 +95,36 @@ if [ "$(id -u)" -ne 0 ]; then
   asRoot=(sudo)
 fi
 
+install() {
+  "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "$@"
+}
+
+# The i386 packages must match the version of those installed for the machine's own architecture. Where the mirror
+# can't serve such a set for the moment, the library's own files do, beside the build.
+unpackBenchmark() {
+  local package
+  mkdir -p "$unpacked"
+  for package in libbenchmark-dev:i386 libbenchmark1debian:i386; do
+    (cd "$unpacked" && apt-get download -q "$package")
+  done
+  for package in "$unpacked"/*.deb; do
+    dpkg-deb --extract "$package" "$unpacked"
+  done
+}
+
+if [[ " ${missing[*]} " = *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386 &&
+  [ "$(dpkg --print-architecture)" != i386 ]; then
+  echo "bootstrap: adding the package architecture i386"
+  "${asRoot[@]}" dpkg --add-architecture i386
+fi
 # A package index that can't be refreshed is no reason to stop: the install says itself what it can't get.
 "${asRoot[@]}" apt-get update -q || echo "bootstrap: going on with the package index as it is" >&2
 echo "bootstrap: installing: ${missing[*]}"
-"${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
+if ! install "${missing[@]}"; then
+  [ "${missing[*]}" = libbenchmark-dev:i386 ] || exit 1
+  echo "bootstrap: $missing can't be installed; unpacking its files under $unpacked"
+  unpackBenchmark
+fi
 
 for package in "${missing[@]}"; do
   if ! isPresent "$package"; then
