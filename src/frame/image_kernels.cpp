@@ -7,7 +7,7 @@
 #include "frame/fill.h"
 #include "frame/power_of_two_scale.h"
 #include "simd/bits.h"
-#include "simd/float_functions.h"
+#include "simd/functions.h"
 #include "simd/vectors.h"
 
 namespace orv {

@@ -1,7 +1,7 @@
-// Roots and extrema of single- and double-precision vectors.
+// Roots and extrema of vectors.
 #pragma once
 
-#include "simd/float.h"
+#include "simd/vectors.h"
 
 namespace orv {
 
@@ -11,12 +11,22 @@ inline F32x8 squareRoot(F32x8 a) { return {_mm256_sqrt_ps(a.v)}; }
 inline F32x8 greater(F32x8 a, F32x8 b) { return {_mm256_max_ps(a.v, b.v)}; }
 inline F32x8 lesser(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
 
+inline U8x16 greater(U8x16 a, U8x16 b) { return {_mm_max_epu8(a.v, b.v)}; }
+inline U8x16 lesser(U8x16 a, U8x16 b) { return {_mm_min_epu8(a.v, b.v)}; }
+inline U16x8 greater(U16x8 a, U16x8 b) { return {_mm_max_epu16(a.v, b.v)}; }
+inline U16x8 lesser(U16x8 a, U16x8 b) { return {_mm_min_epu16(a.v, b.v)}; }
+
 struct F64x4 {
   static constexpr int lanes = 4;
   __m256d v;
 
   static F64x4 load(const double* p) { return {_mm256_loadu_pd(p)}; }
   void store(double* p) const { _mm256_storeu_pd(p, v); }
+};
+
+template <>
+struct VectorsOf<double> {
+  using Body = F64x4;
 };
 
 inline F64x4 greater(F64x4 a, F64x4 b) { return {_mm256_max_pd(a.v, b.v)}; }
