@@ -9,14 +9,14 @@
 
 #include "filters/gaussian_model.h"
 
-namespace model {
+namespace orvtest::model {
 
 /// Pixel (x, y) of an extended one-channel image: the border value as soon as either axis says so.
 template <class Sample>
 Sample extendedPixel(const ImageView<Sample>& in, int x, int y, int word, Sample borderValue) {
   const AxisIndex row = mapRow(y, in.height, word);
   const AxisIndex column = mapColumn(x, in.width, word);
-  return row.constant || column.constant ? borderValue : sampleAt(in.row(row.index), column.index);
+  return row.constant || column.constant ? borderValue : load(in.row(row.index) + column.index);
 }
 
 /// Sums in 32 bits for integer images, in single precision for float images.
@@ -122,4 +122,4 @@ inline float colorToGray(float a, float b, float c, int norm) {
   return std::sqrt(((a * a + b * b) + c * c) / 3.0f);
 }
 
-}  // namespace model
+}  // namespace orvtest::model

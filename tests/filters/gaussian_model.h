@@ -8,7 +8,7 @@
 
 #include "filters/pipeline_model.h"
 
-namespace model {
+namespace orvtest::model {
 
 /// An image and whatever lies around it in memory.
 template <class Sample>
@@ -178,4 +178,4 @@ void gaussianFloat(const ImageView<Sample>& in, Sample* out, int taps, float sig
           half, [&](int d) { return intermediate[static_cast<size_t>(y + radius + d)][static_cast<size_t>(x)]; }));
 }
 
-}  // namespace model
+}  // namespace orvtest::model

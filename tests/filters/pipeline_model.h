@@ -4,20 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "frame/border_model.h"
+#include "support/samples.h"
 
-namespace model {
-
-/// Sample i behind a pointer at any address.
-template <class Sample>
-Sample sampleAt(const Sample* samples, int i) {
-  Sample value;
-  std::memcpy(&value, samples + i, sizeof value);
-  return value;
-}
+namespace orvtest::model {
 
 inline int16_t low16(int64_t value) { return static_cast<int16_t>(static_cast<uint16_t>(value & 0xFFFF)); }
 inline int32_t low32(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value & 0xFFFFFFFF)); }
@@ -55,7 +47,7 @@ struct ExtendedRow {
 
   Sample sample(int x, int c) const {
     const AxisIndex source = mapColumn(x, width, word);
-    return source.constant ? borderValue[c] : sampleAt(row, source.index * channels + c);
+    return source.constant ? borderValue[c] : load(row + source.index * channels + c);
   }
 };
 
@@ -190,7 +182,7 @@ inline void filterRowLow(const ExtendedRow<int16_t>& in, int16_t* out, const int
 template <class Sample>
 std::vector<Sample> columnSamples(const Sample* const* rows, int taps, int x) {
   std::vector<Sample> s;
-  for (int j = 0; j < taps; ++j) s.push_back(sampleAt(rows[j], x));
+  for (int j = 0; j < taps; ++j) s.push_back(load(rows[j] + x));
   return s;
 }
 
@@ -265,4 +257,4 @@ inline void filterColumnLow(const int16_t* const* rows, int16_t* out, int sample
   }
 }
 
-}  // namespace model
+}  // namespace orvtest::model

@@ -9,7 +9,7 @@
 #include "filters/gaussian_model.h"
 #include "filters/pipeline_model.h"
 
-namespace model {
+namespace orvtest::model {
 
 /// The kernels and the divisor of one filter; kernelX holds `channels` interleaved kernels. Float kernels take no
 /// divisor.
@@ -83,4 +83,4 @@ void separable(const ImageView<Sample>& in, Result* out, const SeparableKernels<
     }
 }
 
-}  // namespace model
+}  // namespace orvtest::model

@@ -1,7 +1,7 @@
 // Where a pixel outside the region comes from, written out rule by rule.
 #pragma once
 
-namespace model {
+namespace orvtest::model {
 
 /// The index that is read for index i of an axis of n pixels; `constant` says that the border value is used instead.
 struct AxisIndex {
@@ -52,4 +52,4 @@ inline AxisIndex mapRow(int y, int height, int word) {
   return mapAxis(y, height, word & 15, (word & 0x10) != 0, (word & 0x20) != 0);
 }
 
-}  // namespace model
+}  // namespace orvtest::model

@@ -8,7 +8,9 @@
 #include <type_traits>
 #include <vector>
 
-namespace model {
+#include "support/samples.h"
+
+namespace orvtest::model {
 
 /// One or two images, of which one channel counts, and a mask. Without a second image src2 is null; without a mask every
 /// pixel is selected.
@@ -22,13 +24,8 @@ struct MaskedImages {
   int maskStep;
   int width, height, channels, channel;
 
-  static Sample read(const Sample* image, int step, int offset, int y) {
-    Sample value;
-    std::memcpy(&value, reinterpret_cast<const char*>(image + offset) + static_cast<intptr_t>(y) * step, sizeof value);
-    return value;
-  }
-  Sample first(int x, int y) const { return read(src1, src1Step, x * channels + channel, y); }
-  Sample second(int x, int y) const { return read(src2, src2Step, x * channels + channel, y); }
+  Sample first(int x, int y) const { return load(src1, src1Step, x * channels + channel, y); }
+  Sample second(int x, int y) const { return load(src2, src2Step, x * channels + channel, y); }
   bool selected(int x, int y) const { return mask == nullptr || mask[static_cast<intptr_t>(y) * maskStep + x] != 0; }
   float factor(int x, int y) const { return selected(x, y) ? 1.0f : 0.0f; }
 };
@@ -197,4 +194,4 @@ RelativeNorm relativeNorm(Norm norm, const MaskedImages<Sample>& in) {
   return {0, norm == Norm::l2 ? std::sqrt(quotient) : quotient};
 }
 
-}  // namespace model
+}  // namespace orvtest::model

@@ -7,7 +7,7 @@
 
 #include "stats/norms_model.h"
 
-namespace model {
+namespace orvtest::model {
 
 struct MeanDeviation {
   double mean, stdDev;
@@ -81,4 +81,4 @@ Extrema extrema(const MaskedImages<Sample>& in) {
   return result;
 }
 
-}  // namespace model
+}  // namespace orvtest::model
