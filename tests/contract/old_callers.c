@@ -100,7 +100,6 @@ int main(void) {
     expectedDifference[i] =
         (uint8_t)(bytes[0][i] > bytes[1][i] ? bytes[0][i] - bytes[1][i] : bytes[1][i] - bytes[0][i]);
   }
-  for (residue = 0; residue < 16; residue += 4)
-    failures += check(residue);
+  for (residue = 0; residue < 16; residue += 4) failures += check(residue);
   return failures;
 }

@@ -8,8 +8,7 @@ int main() {
   const OrvSize size = {37, 5};
   const int samples = size.width * size.height;
   std::vector<uint8_t> image;
-  for (int i = 0; i < samples; ++i)
-    image.push_back(static_cast<uint8_t>(i));
+  for (int i = 0; i < samples; ++i) image.push_back(static_cast<uint8_t>(i));
   std::vector<float> sum(image.size(), 0.5f);
 
   for (int frame = 0; frame < 3; ++frame)
