@@ -112,7 +112,7 @@ unpackBenchmark() {
   done
 }
 
-if [[ " ${missing[*]} " = *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386 &&
+if [[ " ${missing[*]} " = *:i386* ]] && ! grep -qx i386 <<<"$(dpkg --print-foreign-architectures)" &&
   [ "$(dpkg --print-architecture)" != i386 ]; then
   echo "bootstrap: adding the package architecture i386"
   "${asRoot[@]}" dpkg --add-architecture i386

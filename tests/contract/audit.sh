@@ -90,7 +90,7 @@ auditSections() { # library
   grep -q 'GNU_STACK.* RW  *0x' <<<"$headers" || fault "executable stack"
   if grep -q 'LOAD.* RWE ' <<<"$headers"; then fault "a segment is both writable and executable"; fi
   if grep -q '^ *TLS ' <<<"$headers"; then fault "thread-local storage"; fi
-  readelf -hW "$1" | grep -q 'Class: *ELF32' || fault "not a 32-bit file"
+  grep -q 'Class: *ELF32' <<<"$(readelf -hW "$1")" || fault "not a 32-bit file"
 
   # Writable once loaded: nothing but what the loader fills and then makes read-only.
   while read -r name type size flags; do

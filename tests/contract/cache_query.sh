@@ -32,13 +32,14 @@ library=$(echo "$work"/installed/lib*/liborvcvg9.so)
 imports() { nm -D --undefined-only --format=posix "$1" | awk '{ sub(/@.*/, "", $1); print $1 }'; }
 
 # The built-in query is what needs sysconf: a library that has it must have the import in its place.
-if imports "$builtIn" | grep -qx sysconf; then
-  imports "$library" | grep -qx orvGetMaxCacheSizeB || { echo "FAILED: the query is not imported"; exit 1; }
-  readelf -dW "$library" | grep -q 'NEEDED.*\[liborvcore\.so\]' || { echo "FAILED: liborvcore.so is not needed"; exit 1; }
-  if imports "$library" | grep -qx sysconf; then echo "FAILED: the built-in query is still there"; exit 1; fi
+imported=$(imports "$library")
+if grep -qx sysconf <<<"$(imports "$builtIn")"; then
+  grep -qx orvGetMaxCacheSizeB <<<"$imported" || { echo "FAILED: the query is not imported"; exit 1; }
+  grep -q 'NEEDED.*\[liborvcore\.so\]' <<<"$(readelf -dW "$library")" || { echo "FAILED: liborvcore.so is not needed"; exit 1; }
+  if grep -qx sysconf <<<"$imported"; then echo "FAILED: the built-in query is still there"; exit 1; fi
   echo "the cache query is imported from liborvcore.so"
 else
-  if imports "$library" | grep -qx orvGetMaxCacheSizeB; then echo "FAILED: the query is imported, yet not used"; exit 1; fi
+  if grep -qx orvGetMaxCacheSizeB <<<"$imported"; then echo "FAILED: the query is imported, yet not used"; exit 1; fi
   echo "no function of the library asks for the cache size yet: there is nothing to import"
 fi
 
@@ -46,7 +47,7 @@ for answer in "${answers[@]}"; do
   export LD_LIBRARY_PATH="$work/${answer%%:*}:$(dirname "$library")"
   sed -n 's/^ORV_EXPORT(\(.*\))$/\1/p' "$source/src/frame/exports.inc" | "$work/../load_library" "$library"
   if [ -n "$testProgram" ]; then
-    ldd "$testProgram" | grep -qF "$library" || { echo "FAILED: the test program doesn't take $library"; exit 1; }
+    grep -qF "$library" <<<"$(ldd "$testProgram")" || { echo "FAILED: the test program doesn't take $library"; exit 1; }
     echo "results when the query answers ${answer%%:*}:"
     "$testProgram" --gtest_brief=1 --gtest_filter='*.Checksum'
   fi
