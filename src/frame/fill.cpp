@@ -1,5 +1,7 @@
 #include "frame/fill.h"
 
+#include <array>
+
 namespace orv {
 namespace {
 
@@ -28,14 +30,25 @@ void storeLow(uint8_t* p, __m128i v, size_t length) {
     std::memcpy(p, &low, 1);
 }
 
+constexpr size_t largestPixel = 16;
+
+/// For each pixel size, less one, which byte of the pixel stands where in the pattern.
+alignas(16) constexpr auto repetitions = [] {
+  std::array<std::array<uint8_t, 48>, largestPixel> orders{};
+  for (size_t size = 1; size <= largestPixel; ++size)
+    for (size_t i = 0; i < 48; ++i) orders[size - 1][i] = static_cast<uint8_t>(i % size);
+  return orders;
+}();
+
 }  // namespace
 
 FillPattern::FillPattern(const void* pixel, size_t pixelBytes) {
-  uint8_t repeated[sizeof vectors_];
-  std::memcpy(repeated, pixel, pixelBytes);
-  for (size_t i = pixelBytes; i < sizeof repeated; ++i) repeated[i] = repeated[i - pixelBytes];
+  alignas(16) uint8_t padded[largestPixel] = {};
+  std::memcpy(padded, pixel, pixelBytes);
+  const __m128i once = _mm_load_si128(reinterpret_cast<const __m128i*>(padded));
+  const uint8_t* order = repetitions[pixelBytes - 1].data();
   for (size_t i = 0; i < 3; ++i)
-    vectors_[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(repeated + i * sizeof(__m128i)));
+    vectors_[i] = _mm_shuffle_epi8(once, _mm_load_si128(reinterpret_cast<const __m128i*>(order + 16 * i)));
 }
 
 void FillPattern::fill(void* first, size_t length) const {

@@ -1,4 +1,4 @@
-// Roots and extrema of vectors.
+// Roots, extrema and selection of vectors.
 #pragma once
 
 #include "simd/vectors.h"
@@ -10,6 +10,14 @@ inline F32x8 squareRoot(F32x8 a) { return {_mm256_sqrt_ps(a.v)}; }
 /// a > b ? a : b and a < b ? a : b: b where one of them is a NaN.
 inline F32x8 greater(F32x8 a, F32x8 b) { return {_mm256_max_ps(a.v, b.v)}; }
 inline F32x8 lesser(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
+
+/// Per lane, yes where the sign bit of the condition is set, else no. GCC 12 turns the blend intrinsic into an integer
+/// comparison, which this processor generation has for 128 bits only, and takes the lanes one by one.
+inline F32x8 select(__m256 condition, F32x8 yes, F32x8 no) {
+  F32x8 r;
+  asm("vblendvps %3, %2, %1, %0" : "=x"(r.v) : "x"(no.v), "x"(yes.v), "x"(condition));
+  return r;
+}
 
 inline U8x16 greater(U8x16 a, U8x16 b) { return {_mm_max_epu8(a.v, b.v)}; }
 inline U8x16 lesser(U8x16 a, U8x16 b) { return {_mm_min_epu8(a.v, b.v)}; }
