@@ -44,6 +44,7 @@ struct IntegerX1 {
     return r;
   }
   void store(Sample* p) const { std::memcpy(p, &v, sizeof v); }
+  Sample value() const { return v; }
 };
 
 template <class Sample>

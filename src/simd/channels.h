@@ -1,0 +1,124 @@
+// Gathering one channel of three interleaved ones into a vector.
+#pragma once
+
+#include <array>
+
+#include "simd/vectors.h"
+
+namespace orv {
+
+/// The only channel of a one-channel image.
+template <class Sample>
+struct OnlyChannel {
+  static constexpr int channels = 1;
+  using Vector = typename VectorsOf<Sample>::Body;
+  using Single = typename VectorsOf<Sample>::Single;
+
+  template <class V = Vector>
+  V load(const Sample* pixel) const {
+    return V::load(pixel);
+  }
+};
+
+/// For each channel and each of the three vectors that a vector's worth of pixels spans: where its bytes go. The high
+/// bit makes the shuffle write zero.
+using ByteShuffles = std::array<std::array<std::array<uint8_t, 16>, 3>, 3>;
+constexpr ByteShuffles channelShuffles(int sampleSize) {
+  ByteShuffles shuffles{};
+  for (int channel = 0; channel < 3; ++channel)
+    for (int byte = 0; byte < 16; ++byte) {
+      const int source = (byte / sampleSize * 3 + channel) * sampleSize + byte % sampleSize;
+      for (int part = 0; part < 3; ++part)
+        shuffles[static_cast<size_t>(channel)][static_cast<size_t>(part)][static_cast<size_t>(byte)] =
+            static_cast<uint8_t>(source / 16 == part ? source % 16 : 0x80);
+    }
+  return shuffles;
+}
+template <class Sample>
+inline constexpr ByteShuffles shufflesOf = channelShuffles(sizeof(Sample));
+
+inline __m128i loadBytes(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+
+template <class Sample>
+class OneOfThree {
+public:
+  static constexpr int channels = 3;
+  using Vector = typename VectorsOf<Sample>::Body;
+  using Single = typename VectorsOf<Sample>::Single;
+
+  /// @param coi counted from 1
+  explicit OneOfThree(int coi) : channel_(coi - 1), shuffles_(&shufflesOf<Sample>[static_cast<size_t>(channel_)]) {}
+
+  template <class V = Vector>
+  V load(const Sample* pixel) const {
+    if constexpr (V::lanes == 1)
+      return V::load(pixel + channel_);
+    else
+      return {_mm_or_si128(_mm_or_si128(part<0>(pixel), part<1>(pixel)), part<2>(pixel))};
+  }
+
+private:
+  template <size_t index>
+  __m128i part(const Sample* pixel) const {
+    constexpr int samplesPerPart = 16 / sizeof(Sample);
+    return _mm_shuffle_epi8(loadBytes(pixel + static_cast<int>(index) * samplesPerPart),
+                            loadBytes((*shuffles_)[index].data()));
+  }
+
+  int channel_;
+  const std::array<std::array<uint8_t, 16>, 3>* shuffles_;
+};
+
+/// 4 pixels span three 4-lane vectors, and each lane holds the wanted channel in exactly one of them: two blends pick
+/// the lanes, a permutation sorts them.
+struct LanePicks {
+  std::array<int32_t, 4> fromSecond, fromThird, order;
+};
+constexpr std::array<LanePicks, 3> channelPicks() {
+  std::array<LanePicks, 3> picks{};
+  for (size_t channel = 0; channel < 3; ++channel)
+    for (size_t pixel = 0; pixel < 4; ++pixel) {
+      const size_t source = 3 * pixel + channel;
+      picks[channel].fromSecond[source % 4] = source / 4 == 1 ? -1 : 0;
+      picks[channel].fromThird[source % 4] = source / 4 == 2 ? -1 : 0;
+      picks[channel].order[pixel] = static_cast<int32_t>(source % 4);
+    }
+  return picks;
+}
+inline constexpr std::array<LanePicks, 3> picksOf = channelPicks();
+
+template <>
+class OneOfThree<float> {
+public:
+  static constexpr int channels = 3;
+  using Vector = F32x8;
+  using Single = F32x1;
+
+  /// @param coi counted from 1
+  explicit OneOfThree(int coi) : channel_(coi - 1), picks_(&picksOf[static_cast<size_t>(channel_)]) {}
+
+  template <class V = Vector>
+  V load(const float* pixel) const {
+    if constexpr (V::lanes == 1) {
+      return V::load(pixel + channel_);
+    } else {
+      const __m256 firstOrSecond =
+          _mm256_blendv_ps(halves(pixel), halves(pixel + 4), _mm256_castsi256_ps(twice(picks_->fromSecond)));
+      const __m256 picked =
+          _mm256_blendv_ps(firstOrSecond, halves(pixel + 8), _mm256_castsi256_ps(twice(picks_->fromThird)));
+      return {_mm256_permutevar_ps(picked, twice(picks_->order))};
+    }
+  }
+
+private:
+  static __m256 halves(const float* p) { return F32x8::fromHalves(_mm_loadu_ps(p), _mm_loadu_ps(p + 12)).v; }
+  static __m256i twice(const std::array<int32_t, 4>& lanes) {
+    const __m128i four = loadBytes(lanes.data());
+    return _mm256_insertf128_si256(_mm256_castsi128_si256(four), four, 1);
+  }
+
+  int channel_;
+  const LanePicks* picks_;
+};
+
+}  // namespace orv
