@@ -93,34 +93,27 @@ private:
 
 template <class Channel, class Selection, std::integral Sample>
 double sumOf(const Region<Channel, Selection, Sample, 1>& region) {
-  IntegerSum<Sample> tally;
-  walkRows(region, tally);
-  return tally.sum();
+  return walkRows(region, IntegerSum<Sample>{}).sum();
 }
 
 template <class Channel, class Selection>
 double sumOf(const Region<Channel, Selection, float, 1>& region) {
-  FloatSum tally;
-  walkWeighted(region, tally);
-  return tally.sum();
+  return walkWeighted(region, FloatSum{}).sum();
 }
 
 template <class Channel, class Selection, std::integral Sample>
 Moments moments(const Region<Channel, Selection, Sample, 1>& region, double count) {
-  IntegerSums<Sample> tally;
-  walkRows(region, tally);
-  return momentsOf(tally.sum(), tally.squares(), count);
+  const auto sums = walkRows(region, IntegerSums<Sample>{});
+  return momentsOf(sums.sum(), sums.squares(), count);
 }
 
 /// Where the difference has lost too much to cancellation, a second pass sums squared deviations from the mean.
 template <class Channel, class Selection>
 Moments moments(const Region<Channel, Selection, float, 1>& region, double count) {
-  FloatSums sums;
-  walkWeighted(region, sums);
+  const auto sums = walkWeighted(region, FloatSums{});
   Moments result = momentsOf(sums.sum(), sums.squares(), count);
   if (result.mean * 0.05 * result.mean > result.stdDev * result.stdDev) {
-    FloatDeviations deviations(result.mean);
-    walkWeighted(region, deviations);
+    const auto deviations = walkWeighted(region, FloatDeviations(result.mean));
     result.stdDev = std::sqrt(deviations.squares() / count);
   }
   return result;

@@ -11,12 +11,12 @@ namespace orv {
 /// next pixel. Lanes run on their own as long as no NaN comes.
 class LargestMagnitude {
 public:
-  void add(F32x1 v) { follow(v.value()); }
+  void add(F32x1 v) { largest_ = follow(largest_, v.value()); }
   void add(F32x8 v) {
     if (_mm256_movemask_ps(_mm256_cmp_ps(v.v, v.v, _CMP_UNORD_Q)) == 0)
       largest_ = maximum(largest_, v);
     else
-      addSingly(v);
+      largest_ = followSingly(largest_, v);
   }
   void endGroups() {}
   void endRow() {}
@@ -25,13 +25,14 @@ public:
   }
 
 private:
-  [[gnu::noinline]] void addSingly(F32x8 v) {
+  /// In all lanes, so that a NaN replaces them all.
+  static F32x8 follow(F32x8 largest, float v) { return maximum(largest, F32x8::broadcast(v)); }
+  [[gnu::noinline]] static F32x8 followSingly(F32x8 largest, F32x8 v) {
     std::array<float, F32x8::lanes> lanes;
     v.store(lanes.data());
-    for (float lane : lanes) follow(lane);
+    for (float lane : lanes) largest = follow(largest, lane);
+    return largest;
   }
-  /// In all lanes, so that a NaN replaces them all.
-  void follow(float v) { largest_ = maximum(largest_, F32x8::broadcast(v)); }
 
   F32x8 largest_ = F32x8::zero();
 };
@@ -79,8 +80,7 @@ struct FloatNormSums : Sums... {
 template <NormKind kind, class... Terms, class Channel, class Selection, int images>
 std::array<double, sizeof...(Terms)> normSums(const Region<Channel, Selection, float, images>& region) {
   using Tally = typename FloatTallyOf<kind, Channel>::Type;
-  FloatNormSums<FloatNormSum<kind, Tally, Terms>...> sums;
-  walkWeighted(region, sums);
+  const auto sums = walkWeighted(region, FloatNormSums<FloatNormSum<kind, Tally, Terms>...>{});
   return {sums.FloatNormSum<kind, Tally, Terms>::total()...};
 }
 

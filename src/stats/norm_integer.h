@@ -107,8 +107,7 @@ struct IntegerNormSums : Sums... {
 template <NormKind kind, class... Terms, class Channel, class Selection, std::integral Sample, int images>
 std::array<double, sizeof...(Terms)> normSums(const Region<Channel, Selection, Sample, images>& region) {
   using Tally = typename IntegerTallyOf<kind, Sample>::Type;
-  IntegerNormSums<IntegerNormSum<Tally, Terms>...> sums;
-  walkRows(region, sums);
+  const auto sums = walkRows(region, IntegerNormSums<IntegerNormSum<Tally, Terms>...>{});
   return {sums.IntegerNormSum<Tally, Terms>::total()...};
 }
 

@@ -42,9 +42,10 @@ inline int leadingSingles(const float* row, int width, OnlyChannel<float>) {
 }
 inline int leadingSingles(const float*, int, const OneOfThree<float>&) { return 0; }
 
-/// Calls tally.add(pixels) from left to right, row by row, and tells where the groups and the row end.
+/// Calls tally.add(pixels) from left to right, row by row, and tells where the groups and the row end. The tally comes
+/// and goes by value, so that it lives in registers.
 template <class Channel, class Selection, int images, class Tally>
-void walkWeighted(const Region<Channel, Selection, float, images>& region, Tally& tally) {
+Tally walkWeighted(const Region<Channel, Selection, float, images>& region, Tally tally) {
   using Row = typename Region<Channel, Selection, float, images>::Row;
   const Channel channel = region.channel;
   const int width = region.roi.width;
@@ -59,6 +60,7 @@ void walkWeighted(const Region<Channel, Selection, float, images>& region, Tally
     for (; x < width; ++x) tally.add(WeightedPixels<F32x1, Row, Channel>{row, channel, x});
     tally.endRow();
   }
+  return tally;
 }
 
 /// Terms widened to double one by one and added there.
