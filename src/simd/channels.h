@@ -69,18 +69,19 @@ private:
   const std::array<std::array<uint8_t, 16>, 3>* shuffles_;
 };
 
-/// 4 pixels span three 4-lane vectors, and each lane holds the wanted channel in exactly one of them: two blends pick
-/// the lanes, a permutation sorts them.
+/// 4 pixels span three 4-lane vectors, and each lane holds the wanted channel in exactly one of them: masks pick the
+/// lanes, a permutation sorts them, both for twice 4 pixels at once.
 struct LanePicks {
-  std::array<int32_t, 4> fromSecond, fromThird, order;
+  std::array<std::array<int32_t, 8>, 3> from;
+  std::array<int32_t, 8> order;
 };
 constexpr std::array<LanePicks, 3> channelPicks() {
   std::array<LanePicks, 3> picks{};
   for (size_t channel = 0; channel < 3; ++channel)
-    for (size_t pixel = 0; pixel < 4; ++pixel) {
-      const size_t source = 3 * pixel + channel;
-      picks[channel].fromSecond[source % 4] = source / 4 == 1 ? -1 : 0;
-      picks[channel].fromThird[source % 4] = source / 4 == 2 ? -1 : 0;
+    for (size_t pixel = 0; pixel < 8; ++pixel) {
+      const size_t half = pixel / 4 * 4;
+      const size_t source = 3 * (pixel % 4) + channel;
+      picks[channel].from[source / 4][half + source % 4] = -1;
       picks[channel].order[pixel] = static_cast<int32_t>(source % 4);
     }
   return picks;
@@ -102,19 +103,20 @@ public:
     if constexpr (V::lanes == 1) {
       return V::load(pixel + channel_);
     } else {
-      const __m256 firstOrSecond =
-          _mm256_blendv_ps(halves(pixel), halves(pixel + 4), _mm256_castsi256_ps(twice(picks_->fromSecond)));
-      const __m256 picked =
-          _mm256_blendv_ps(firstOrSecond, halves(pixel + 8), _mm256_castsi256_ps(twice(picks_->fromThird)));
-      return {_mm256_permutevar_ps(picked, twice(picks_->order))};
+      const __m256 picked = _mm256_or_ps(_mm256_or_ps(part<0>(pixel), part<1>(pixel)), part<2>(pixel));
+      return {_mm256_permutevar_ps(picked, lanes(picks_->order))};
     }
   }
 
 private:
-  static __m256 halves(const float* p) { return F32x8::fromHalves(_mm_loadu_ps(p), _mm_loadu_ps(p + 12)).v; }
-  static __m256i twice(const std::array<int32_t, 4>& lanes) {
-    const __m128i four = loadBytes(lanes.data());
-    return _mm256_insertf128_si256(_mm256_castsi128_si256(four), four, 1);
+  static __m256i lanes(const std::array<int32_t, 8>& values) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values.data()));
+  }
+  template <size_t index>
+  __m256 part(const float* pixel) const {
+    const float* p = pixel + static_cast<int>(index) * 4;
+    const F32x8 halves = F32x8::fromHalves(_mm_loadu_ps(p), _mm_loadu_ps(p + 12));
+    return _mm256_and_ps(halves.v, _mm256_castsi256_ps(lanes(picks_->from[index])));
   }
 
   int channel_;
