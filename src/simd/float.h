@@ -93,11 +93,11 @@ inline F32x8 absDiff(F32x8 a, F32x8 b) { return abs(a - b); }
 /// `weight` under nonzero mask bytes, +0.0 under zero bytes.
 inline F32x1 selectedWeight(const uint8_t* mask, F32x1 weight) { return *mask != 0 ? weight : F32x1::zero(); }
 inline F32x8 selectedWeight(const uint8_t* mask, F32x8 weight) {
-  const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(mask));
-  const __m128i unselected = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
-  const __m128 low = _mm_castsi128_ps(_mm_cvtepi8_epi32(unselected));
-  const __m128 high = _mm_castsi128_ps(_mm_cvtepi8_epi32(_mm_srli_si128(unselected, 4)));
-  return {_mm256_andnot_ps(F32x8::fromHalves(low, high).v, weight.v)};
+  const auto unselected = [](const uint8_t* four) {
+    const __m128i bytes = _mm_cvtepi8_epi32(_mm_loadu_si32(four));
+    return _mm_castsi128_ps(_mm_cmpeq_epi32(bytes, _mm_setzero_si128()));
+  };
+  return {_mm256_andnot_ps(F32x8::fromHalves(unselected(mask), unselected(mask + 4)).v, weight.v)};
 }
 
 }  // namespace orv
