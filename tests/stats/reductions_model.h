@@ -49,6 +49,18 @@ MeanDeviation meanDeviation(const MaskedImages<Sample>& in) {
   return {mean, stdDev};
 }
 
+/// The mean of |s|, by which the rounding errors of a mean scale.
+inline double meanMagnitude(const MaskedImages<float>& in) {
+  double sum = 0, largest = 0;
+  for (int y = 0; y < in.height; ++y)
+    for (int x = 0; x < in.width; ++x) {
+      const double s = std::fabs(static_cast<double>(in.factor(x, y) * in.first(x, y)));
+      sum += s;
+      largest = s > largest ? s : largest;
+    }
+  return sum / (static_cast<double>(in.width) * in.height) + largest;
+}
+
 struct Extremum {
   float value;
   int x, y;
