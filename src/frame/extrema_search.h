@@ -9,7 +9,8 @@
 #include <tuple>
 
 #include "frame/pixel_groups.h"
-#include "simd/extrema.h"
+#include "simd/functions.h"
+#include "simd/lanes.h"
 
 namespace orv {
 
@@ -23,7 +24,7 @@ struct Extreme {
 struct Lowest {
   template <class V>
   V operator()(V candidate, V best) const {
-    return minimum(candidate, best);
+    return lesser(candidate, best);
   }
   template <class Sample>
   static constexpr Sample worst() {
@@ -42,7 +43,7 @@ struct Lowest {
 struct Highest {
   template <class V>
   V operator()(V candidate, V best) const {
-    return maximum(candidate, best);
+    return greater(candidate, best);
   }
   template <class Sample>
   static constexpr Sample worst() {

@@ -1,6 +1,5 @@
 // Means and standard deviations, of a whole region or under a mask.
-#include <cmath>
-
+#include "frame/scalar_functions.h"
 #include "stats/reductions.h"
 #include "stats/weighted_rows.h"
 
@@ -13,7 +12,7 @@ struct Moments {
 
 Moments momentsOf(double sum, double squares, double count) {
   const double mean = sum / count;
-  return {mean, std::sqrt(std::fabs(squares / count - mean * mean))};
+  return {mean, orvsSqrtOne(orvsFabsOne(squares / count - mean * mean))};
 }
 
 template <class Sample>
@@ -114,7 +113,7 @@ Moments moments(const Region<Channel, Selection, float, 1>& region, double count
   Moments result = momentsOf(sums.sum(), sums.squares(), count);
   if (result.mean * 0.05 * result.mean > result.stdDev * result.stdDev) {
     const auto deviations = walkWeighted(region, FloatDeviations(result.mean));
-    result.stdDev = std::sqrt(deviations.squares() / count);
+    result.stdDev = orvsSqrtOne(deviations.squares() / count);
   }
   return result;
 }

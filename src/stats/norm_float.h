@@ -1,7 +1,8 @@
 // Sums for the norms of float images.
 #pragma once
 
-#include "simd/extrema.h"
+#include "simd/functions.h"
+#include "simd/lanes.h"
 #include "stats/norm_terms.h"
 #include "stats/weighted_rows.h"
 
@@ -14,19 +15,19 @@ public:
   void add(F32x1 v) { largest_ = follow(largest_, v.value()); }
   void add(F32x8 v) {
     if (_mm256_movemask_ps(_mm256_cmp_ps(v.v, v.v, _CMP_UNORD_Q)) == 0)
-      largest_ = maximum(largest_, v);
+      largest_ = greater(largest_, v);
     else
       largest_ = followSingly(largest_, v);
   }
   void endGroups() {}
   void endRow() {}
   double total() const {
-    return static_cast<double>(foldLanes(largest_, [](auto a, auto b) { return maximum(a, b); }));
+    return static_cast<double>(foldLanes(largest_, [](auto a, auto b) { return greater(a, b); }));
   }
 
 private:
   /// In all lanes, so that a NaN replaces them all.
-  static F32x8 follow(F32x8 largest, float v) { return maximum(largest, F32x8::broadcast(v)); }
+  static F32x8 follow(F32x8 largest, float v) { return greater(largest, F32x8::broadcast(v)); }
   [[gnu::noinline]] static F32x8 followSingly(F32x8 largest, F32x8 v) {
     std::array<float, F32x8::lanes> lanes;
     v.store(lanes.data());

@@ -3,7 +3,8 @@
 
 #include "frame/pixel_groups.h"
 #include "simd/double.h"
-#include "simd/extrema.h"
+#include "simd/functions.h"
+#include "simd/lanes.h"
 #include "stats/norm_terms.h"
 
 namespace orv {
@@ -11,10 +12,10 @@ namespace orv {
 template <class Sample>
 class LargestSample {
 public:
-  void add(typename VectorsOf<Sample>::Body a) { largest_ = maximum(a, largest_); }
+  void add(typename VectorsOf<Sample>::Body a) { largest_ = greater(a, largest_); }
   void flush() {}
   double total() const {
-    return foldLanes(largest_, [](auto a, auto b) { return maximum(a, b); });
+    return foldLanes(largest_, [](auto a, auto b) { return greater(a, b); });
   }
 
 private:

@@ -1,8 +1,8 @@
 // Norms of an image, of the difference of two, and of that difference relative to the second, under a mask.
 #include <bit>
-#include <cmath>
 #include <limits>
 
+#include "frame/scalar_functions.h"
 #include "stats/norm_float.h"
 #include "stats/norm_integer.h"
 #include "stats/reductions.h"
@@ -12,7 +12,7 @@ namespace {
 
 template <NormKind kind>
 double rooted(double sum) {
-  return kind == NormKind::l2 ? std::sqrt(sum) : sum;
+  return kind == NormKind::l2 ? orvsSqrtOne(sum) : sum;
 }
 
 /// The quotient of two norms: one root of the quotient of the sums of squares, not a quotient of roots.

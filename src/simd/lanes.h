@@ -1,17 +1,9 @@
-// Minima and maxima of vectors, lane by lane and across lanes. Of two floats the second operand wins when either is a
-// NaN or both are zeros.
+// Results across the lanes of a vector.
 #pragma once
 
 #include "simd/vectors.h"
 
 namespace orv {
-
-inline U8x16 minimum(U8x16 a, U8x16 b) { return {_mm_min_epu8(a.v, b.v)}; }
-inline U8x16 maximum(U8x16 a, U8x16 b) { return {_mm_max_epu8(a.v, b.v)}; }
-inline U16x8 minimum(U16x8 a, U16x8 b) { return {_mm_min_epu16(a.v, b.v)}; }
-inline U16x8 maximum(U16x8 a, U16x8 b) { return {_mm_max_epu16(a.v, b.v)}; }
-inline F32x8 minimum(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
-inline F32x8 maximum(F32x8 a, F32x8 b) { return {_mm256_max_ps(a.v, b.v)}; }
 
 inline uint8_t firstLane(U8x16 a) { return static_cast<uint8_t>(_mm_cvtsi128_si32(a.v)); }
 inline uint16_t firstLane(U16x8 a) { return static_cast<uint16_t>(_mm_cvtsi128_si32(a.v)); }
