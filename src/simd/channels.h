@@ -37,8 +37,6 @@ constexpr ByteShuffles channelShuffles(int sampleSize) {
 template <class Sample>
 inline constexpr ByteShuffles shufflesOf = channelShuffles(sizeof(Sample));
 
-inline __m128i loadBytes(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
-
 template <class Sample>
 class OneOfThree {
 public:

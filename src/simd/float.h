@@ -90,14 +90,19 @@ inline F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)
 inline F32x1 absDiff(F32x1 a, F32x1 b) { return abs(a - b); }
 inline F32x8 absDiff(F32x8 a, F32x8 b) { return abs(a - b); }
 
-/// `weight` under nonzero mask bytes, +0.0 under zero bytes.
-inline F32x1 selectedWeight(const uint8_t* mask, F32x1 weight) { return *mask != 0 ? weight : F32x1::zero(); }
-inline F32x8 selectedWeight(const uint8_t* mask, F32x8 weight) {
+/// All bits set under zero mask bytes.
+inline F32x8 unselectedLanes(const uint8_t* mask) {
   const auto unselected = [](const uint8_t* four) {
     const __m128i bytes = _mm_cvtepi8_epi32(_mm_loadu_si32(four));
     return _mm_castsi128_ps(_mm_cmpeq_epi32(bytes, _mm_setzero_si128()));
   };
-  return {_mm256_andnot_ps(F32x8::fromHalves(unselected(mask), unselected(mask + 4)).v, weight.v)};
+  return F32x8::fromHalves(unselected(mask), unselected(mask + 4));
+}
+
+/// `weight` under nonzero mask bytes, +0.0 under zero bytes.
+inline F32x1 selectedWeight(const uint8_t* mask, F32x1 weight) { return *mask != 0 ? weight : F32x1::zero(); }
+inline F32x8 selectedWeight(const uint8_t* mask, F32x8 weight) {
+  return {_mm256_andnot_ps(unselectedLanes(mask).v, weight.v)};
 }
 
 }  // namespace orv

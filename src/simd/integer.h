@@ -8,6 +8,8 @@
 
 namespace orv {
 
+inline __m128i loadBytes(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+
 struct U8x16 {
   static constexpr int lanes = 16;
   __m128i v;

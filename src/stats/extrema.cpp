@@ -19,7 +19,7 @@ void deliver(Extreme<Sample> extreme, float* value, OrvPoint* index) {
 }
 
 bool selectsNothing(EveryPixel, OrvSize) { return false; }
-bool selectsNothing(Mask mask, OrvSize roi) { return countPixels(mask, roi) == 0; }
+bool selectsNothing(Mask mask, OrvSize roi) { return countSelected(mask, roi) == 0; }
 
 /// An extreme is only looked for, and its position only delivered, together with its value; without any value the
 /// minimum is.

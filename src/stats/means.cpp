@@ -120,7 +120,7 @@ Moments moments(const Region<Channel, Selection, float, 1>& region, double count
 
 /// Pixels that count, 0 to all.
 double pixelCount(EveryPixel, OrvSize roi) { return static_cast<double>(roi.width) * roi.height; }
-double pixelCount(Mask mask, OrvSize roi) { return toDouble(countPixels(mask, roi)); }
+double pixelCount(Mask mask, OrvSize roi) { return toDouble(countSelected(mask, roi)); }
 
 template <class Channel, class Sample>
 OrvStatus mean(StepChecks order, View<const Sample> src, OrvSize roi, int coi, Mask mask, double* result) {
