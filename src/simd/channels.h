@@ -34,8 +34,8 @@ constexpr ByteShuffles channelShuffles(int sampleSize) {
     }
   return shuffles;
 }
-template <class Sample>
-inline constexpr ByteShuffles shufflesOf = channelShuffles(sizeof(Sample));
+inline constexpr ByteShuffles shufflesOfBytes = channelShuffles(1);
+inline constexpr ByteShuffles shufflesOfWords = channelShuffles(2);
 
 template <class Sample>
 class OneOfThree {
@@ -45,7 +45,9 @@ public:
   using Single = typename VectorsOf<Sample>::Single;
 
   /// @param coi counted from 1
-  explicit OneOfThree(int coi) : channel_(coi - 1), shuffles_(&shufflesOf<Sample>[static_cast<size_t>(channel_)]) {}
+  explicit OneOfThree(int coi)
+      : channel_(coi - 1),
+        shuffles_(&(sizeof(Sample) == 1 ? shufflesOfBytes : shufflesOfWords)[static_cast<size_t>(channel_)]) {}
 
   template <class V = Vector>
   V load(const Sample* pixel) const {
