@@ -95,7 +95,9 @@ void expectConventionKept(const CallRecord& record, uint32_t residue) {
          residue);
   expect((record.x87After.tags & 0xffff) == 0xffff, "left the x87 stack in use", residue);
   const uint32_t* upper = record.upperHalves;
-  expect((upper[0] | upper[1] | upper[2] | upper[3]) == 0, "left the upper halves of 256-bit registers dirty", residue);
+  if (cleanUpperHalvesExpected)
+    expect((upper[0] | upper[1] | upper[2] | upper[3]) == 0, "left the upper halves of 256-bit registers dirty",
+           residue);
 }
 
 }  // namespace
@@ -104,6 +106,8 @@ uint64_t checkedCallsOf(const void* function) {
   std::lock_guard lock(callCounts().mutex);
   return callCounts().counts[function];
 }
+
+bool cleanUpperHalvesExpected = ORV_CLEAN_UPPER_HALVES;
 
 uint32_t detail::enterChecked(const void* function, const uint32_t* words, uint32_t count) {
   installTrapHandler();

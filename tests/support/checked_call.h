@@ -54,6 +54,9 @@ Result checkedCall(Result (*function)(Parameters...), std::type_identity_t<Param
     return static_cast<Result>(result);
 }
 
+/// GCC cleans the upper halves from -O2 on only, so builds with less optimisation don't look at them.
+extern bool cleanUpperHalvesExpected;
+
 /// How often checkedCall has entered the function.
 uint64_t checkedCallsOf(const void* function);
 

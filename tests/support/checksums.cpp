@@ -52,7 +52,10 @@ void expectRecorded(const std::string& name, const Checksum& checksum) {
 void expectRecorded(const std::string& name, const Checksum& checksum, const std::string& file, bool record) {
   std::ostringstream hash;
   hash << std::hex << std::setfill('0') << std::setw(16) << checksum.value();
-  if (record && !testing::Test::HasFailure()) {
+  // After a failure the cases are incomplete and their checksum means nothing.
+  if (testing::Test::HasFailure())
+    return;
+  if (record) {
     writeRecord(file, name, hash.str());
     return;
   }

@@ -19,13 +19,13 @@ struct Photograph {
 /// Loads a file of photos/ once: camera.png, chelsea.png, astronaut.png, rocket.jpg, text.png.
 const Photograph& photograph(const std::string& file);
 
-/// 8u as it is, 16u over its whole range, 16s likewise around zero, floats 0 to 255.
+/// 8u as it is, 16u over its whole range, 16s likewise, floats 0 to 255.
 template <class Sample>
 Sample photographSample(uint8_t value) {
   if constexpr (std::is_same_v<Sample, uint16_t>)
     return static_cast<uint16_t>(value * 257);
   else if constexpr (std::is_same_v<Sample, int16_t>)
-    return static_cast<int16_t>((value - 128) * 257);
+    return static_cast<int16_t>(value * 257 - 32768);
   else
     return static_cast<Sample>(value);
 }
