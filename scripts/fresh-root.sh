@@ -47,7 +47,7 @@ fi
 mark=$root/etc/orvcv-trial
 unmount() {
   local place
-  for place in dev/shm dev proc; do
+  for place in dev/pts dev/shm dev proc; do
     if mountpoint -q "$root/$place"; then umount "$root/$place"; fi
   done
 }
@@ -66,6 +66,7 @@ trap unmount EXIT
 mount --bind /proc "$root/proc"
 mount --bind /dev "$root/dev"
 mount --bind /dev/shm "$root/dev/shm"
+mount --bind /dev/pts "$root/dev/pts"
 
 report=()
 failed=0
