@@ -132,6 +132,12 @@ show 'Under a mask only the selected pixels take part' \
 show 'Their absolute difference' \
   diff photos/astronaut.png photos/camera.png -o out/difference.png
 
+section 'Statistics' 'Means, deviations, extrema with their places, and norms; of an image, and of the difference of two.'
+show 'A colour photograph, channel by channel' stats photos/chelsea.png
+show 'The pixels that a mask selects' stats photos/camera.png --mask out/disc.pgm
+show 'How far a photograph is from its average with another one' \
+  compare photos/astronaut.png out/double-exposure.png
+
 section 'What moves in front of a fixed camera' \
   '48 noisy frames of a disc that crosses a scene. Their average is the background; what differs from it moves.'
 build/release/examples/background_average out/frames

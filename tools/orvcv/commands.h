@@ -8,5 +8,7 @@ namespace tool {
 extern const Command infoCommand;
 extern const Command diffCommand;
 extern const Command averageCommand;
+extern const Command statsCommand;
+extern const Command compareCommand;
 
 }  // namespace tool

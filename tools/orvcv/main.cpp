@@ -11,9 +11,7 @@ namespace {
 constexpr int exitRefused = 2;
 
 const Command* const commands[] = {
-    &infoCommand,
-    &diffCommand,
-    &averageCommand,
+    &infoCommand, &diffCommand, &compareCommand, &statsCommand, &averageCommand,
 };
 
 const Option commonOptions[] = {
