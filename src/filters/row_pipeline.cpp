@@ -1,0 +1,219 @@
+// Row pipelines: one-dimensional filters along the rows of an image.
+#include "filters/row_kernels.h"
+#include "filters/row_walk.h"
+#include "frame/blocks.h"
+
+namespace orv {
+namespace {
+
+/// Filters `samples` outputs: wide blocks, then narrow ones, the last of which steps back to end with the row. Bound by
+/// the loads of the samples, one or two an output and tap.
+template <int taps, class Taps, class Scaling, class Source, class Result>
+void filterSpan(const Taps& sums, const Scaling& scaling, const Source* s, Result* d, int samples) {
+  const auto block = [&]<int lanes>(std::integral_constant<int, lanes>, int x) __attribute__((always_inline)) {
+    scaling.store(sums.template sum<taps, lanes>(s + x).v, d + x);
+  };
+  constexpr std::integral_constant<int, Taps::wide> wide;
+  constexpr std::integral_constant<int, narrowLanes> narrow;
+  int x = 0;
+  if constexpr (requires { scaling.streamed; }) {
+    if (scaling.streamed && samples >= narrow) {  // the first block overlaps those that begin on a vector's boundary
+      block(narrow, x);
+      x = static_cast<int>((-reinterpret_cast<uintptr_t>(d) & 15) / sizeof *d);
+    }
+  }
+  for (; x <= samples - wide; x += wide) block(wide, x);
+  for (; x <= samples - narrow; x += narrow) block(narrow, x);
+  if (x < samples && samples >= narrow)
+    block(narrow, samples - narrow);
+  else
+    for (; x < samples; ++x) storeSample(d + x, scaling.centre(sums.single(s + x)));
+}
+
+/// The centre of a row by the loop for its number of taps.
+template <class Taps, class Scaling>
+auto centreOf(Taps sums, Scaling scaling) {
+  return [sums, scaling](auto* s, auto* d, int samples) {
+    switch (sums.count) {
+      case 1:
+        return filterSpan<1>(sums, scaling, s, d, samples);
+      case 3:
+        return filterSpan<3>(sums, scaling, s, d, samples);
+      case 5:
+        return filterSpan<5>(sums, scaling, s, d, samples);
+      default:
+        return filterSpan<0>(sums, scaling, s, d, samples);
+    }
+  };
+}
+
+template <class Taps, class Scaling>
+auto edgeOf(Taps sums, Scaling scaling) {
+  return [sums, scaling](auto* s) { return scaling.edge(sums.single(s)); };
+}
+
+/// A centre that is filtered sample by sample like the edges.
+auto centreLikeEdges(auto edge) {
+  return [edge](auto* s, auto* d, int samples) {
+    for (int x = 0; x < samples; ++x) storeSample(d + x, edge(s + x));
+  };
+}
+
+float reciprocal(int divisor) { return 1.0f / static_cast<float>(divisor); }
+
+/// The areas of the caller's buffer.
+template <class Source, int channels>
+struct RowScratch {
+  Carver carver;
+  Source* line;
+
+  RowScratch(uint8_t* buffer, int taps)
+      : carver(buffer), line(carver.take<Source>(edgeLinePixels(taps) * static_cast<size_t>(channels))) {}
+
+  IntegerTaps<Source, channels> integerTaps(RowKernel<int16_t> kernel) {
+    const IntegerTaps<Source, channels> taps{
+        kernel.taps, kernel.size,
+        carver.take<int32_t>(static_cast<size_t>(IntegerTaps<Source, channels>::pairCount(kernel.size)))};
+    taps.expandPairs();
+    return taps;
+  }
+  template <class Coefficient>
+  FloatTaps<Source, channels> floatTaps(RowKernel<Coefficient> kernel, float scale) {
+    const FloatTaps<Source, channels> taps{carver.take<float>(static_cast<size_t>(kernel.size)), kernel.size};
+    taps.expand(kernel.taps, scale);
+    return taps;
+  }
+};
+
+/// The images and the geometry that every form hands to the walk.
+template <int channels, class Source, class Result>
+struct RowPass {
+  View<const Source> src;
+  Result* const* dstRows;
+  OrvSize roi;
+  RowWindow window;
+  RowBorder<Source> border;
+  RowScratch<Source, channels> scratch;
+
+  template <class Coefficient>
+  RowPass(View<const Source> source, Result* const* rows, OrvSize size, RowKernel<Coefficient> kernel,
+          RowBorder<Source> rowBorder, uint8_t* buffer)
+      : src(source),
+        dstRows(rows),
+        roi(size),
+        window{kernel.size, kernel.anchor},
+        border(rowBorder),
+        scratch(buffer, kernel.size) {}
+
+  void run(auto centre, auto edge) {
+    walkRows<channels>(src, dstRows, roi, window, border, scratch.line, centre, edge);
+  }
+  void run(auto taps, auto scaling, auto edgeTaps) { run(centreOf(taps, scaling), edgeOf(edgeTaps, scaling)); }
+};
+
+template <int channels>
+void filterForm(RowPass<channels, uint8_t, int16_t> pass, RowKernel<int16_t> kernel) {
+  const auto taps = pass.scratch.integerTaps(kernel);
+  pass.run(taps, Scaled<int16_t>{reciprocal(kernel.divisor)}, taps);
+}
+
+bool isSymmetric(RowKernel<int16_t> kernel) {
+  for (int j = 0; j < kernel.size / 2; ++j)
+    if (loadSample(kernel.taps + j) != loadSample(kernel.taps + kernel.size - 1 - j))
+      return false;
+  return true;
+}
+
+/// Sums of kernels with large coefficients are made in float, since they can leave 32 bits.
+template <int channels>
+void filterForm(RowPass<channels, int16_t, int16_t> pass, RowKernel<int16_t> kernel) {
+  const float scale = reciprocal(kernel.divisor);
+  const Scaled<int16_t> scaling{scale};
+  const Scaled<int16_t> scaledBefore{1.0f};
+  float magnitudes = 0.0f;
+  bool smallest = false;
+  for (int j = 0; j < kernel.size; ++j) {
+    const int coefficient = loadSample(kernel.taps + j);
+    magnitudes += static_cast<float>(std::abs(coefficient));
+    smallest = smallest || coefficient == -32768;
+  }
+  const bool integerSums = magnitudes < 65535.0f;
+  const bool ownLoop = kernel.size == 3 || kernel.size == 5;
+  const auto integers = pass.scratch.integerTaps(kernel);
+  const auto floats = pass.scratch.floatTaps(kernel, scale);
+
+  if (ownLoop && integerSums)
+    pass.run(integers, scaling, integers);
+  else if (ownLoop && isSymmetric(kernel))
+    pass.run(SymmetricFloatTaps<int16_t, channels>{floats}, scaledBefore, floats);
+  else if (ownLoop)
+    pass.run(floats, scaledBefore, floats);
+  else if (pass.roi.width - kernel.size <= 15)  // such a narrow centre truncates as the edges do, but sums in float
+    pass.run(centreLikeEdges(edgeOf(floats, scaledBefore)), edgeOf(integers, scaling));
+  else if (integerSums && !smallest)
+    pass.run(integers, scaling, integers);
+  else
+    pass.run(centreOf(floats, scaledBefore), edgeOf(integers, scaling));
+}
+
+template <int channels>
+void filterForm(RowPass<channels, uint16_t, uint16_t> pass, RowKernel<uint16_t> kernel) {
+  const auto taps = pass.scratch.floatTaps(kernel, 1.0f);
+  pass.run(taps, Scaled<uint16_t>{reciprocal(kernel.divisor)}, taps);
+}
+
+template <int channels>
+void filterForm(RowPass<channels, float, float> pass, RowKernel<float> kernel) {
+  const auto taps = pass.scratch.floatTaps(kernel, 1.0f);
+  pass.run(taps, Unscaled{}, taps);
+}
+
+template <int channels>
+void filterLowForm(RowPass<channels, int16_t, int16_t> pass, RowKernel<int16_t> kernel) {
+  auto* const coefficients = pass.scratch.carver.template take<int16_t>(static_cast<size_t>(kernel.size));
+  std::memcpy(coefficients, kernel.taps, static_cast<size_t>(kernel.size) * sizeof *coefficients);
+  const WrappingTaps<channels> taps{coefficients, kernel.size};
+  const bool smoothing = kernel.size == 5 && kernel.anchor == 2 && kernel.divisor == 16 && isSymmetric(kernel) &&
+                         pass.border.mode == orvBorderReplicate && pass.roi.width > 10;
+  constexpr int64_t streamedFrom = 524289;
+  const bool streamed = int64_t{pass.roi.width} * pass.roi.height >= streamedFrom;
+  if (smoothing) {
+    pass.run(taps, Sixteenth{streamed}, taps);
+    if (streamed)
+      _mm_sfence();
+  } else {
+    pass.run(taps, FixedPointScaled{fixedPointFactor(kernel.divisor)}, taps);
+  }
+}
+
+/// The form for one or for three channels.
+template <class Source, class Result, class Coefficient>
+void filterChannels(View<const Source> src, Result* const* dstRows, OrvSize roi, int channels,
+                    RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer) {
+  if (channels == 1)
+    filterForm(RowPass<1, Source, Result>{src, dstRows, roi, kernel, border, buffer}, kernel);
+  else
+    filterForm(RowPass<3, Source, Result>{src, dstRows, roi, kernel, border, buffer}, kernel);
+}
+
+}  // namespace
+
+#define ORV_ROW_PASS(Source, Result, Coefficient)                                             \
+  void filterRows(View<const Source> src, Result* const* dstRows, OrvSize roi, int channels,  \
+                  RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer) { \
+    filterChannels(src, dstRows, roi, channels, kernel, border, buffer);                      \
+  }
+ORV_ROW_PASS(uint8_t, int16_t, int16_t)
+ORV_ROW_PASS(int16_t, int16_t, int16_t)
+ORV_ROW_PASS(uint16_t, uint16_t, uint16_t)
+ORV_ROW_PASS(float, float, float)
+
+void filterRowsLow(View<const int16_t> src, int16_t* const* dstRows, OrvSize roi, int channels,
+                   RowKernel<int16_t> kernel, RowBorder<int16_t> border, uint8_t* buffer) {
+  if (channels == 1)
+    filterLowForm(RowPass<1, int16_t, int16_t>{src, dstRows, roi, kernel, border, buffer}, kernel);
+  else
+    filterLowForm(RowPass<3, int16_t, int16_t>{src, dstRows, roi, kernel, border, buffer}, kernel);
+}
+
+}  // namespace orv
