@@ -23,9 +23,9 @@ public:
   FloatColumns(ColumnKernel<Coefficient> kernel, float factor)
       : count_(kernel.size),
         factor_(factor),
-        blockCoefficients_(kernel.taps, kernel.size,
-                           (blockFactor == Factor::inCoefficients ? factor : 1.0f) / loadedUnit<Source>),
-        tailCoefficients_(kernel.taps, kernel.size, 1.0f / loadedUnit<Source>),
+        blockCoefficients_({kernel.taps, (blockFactor == Factor::inCoefficients ? factor : 1.0f) / loadedUnit<Source>},
+                           kernel.size),
+        tailCoefficients_{kernel.taps, 1.0f / loadedUnit<Source>},
         symmetricThree_(blockFactor == Factor::inCoefficients && kernel.size == 3 &&
                         loadSample(kernel.taps) == loadSample(kernel.taps + 2)) {}
 
@@ -33,12 +33,14 @@ public:
   [[gnu::always_inline]] void block(const Source* const* srcRows, View<Dst> dst, int x) const {
     F32x8 sums[rows][vectors];
     if (taps == 3 && symmetricThree_)
-      sumSymmetricThree(srcRows, x, blockCoefficients_, sums);
+      sumSymmetricThree(srcRows, x, blockCoefficients_.template forTaps<taps>(), sums);
     else
-      sumColumns<taps>(srcRows, x, count_, blockCoefficients_, sums, loadFloats<F32x8, Source>);
-    unrolled<rows>([&](auto row) {
+      sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+    unrolled<rows>([&](auto row) __attribute__((always_inline)) {
       if constexpr (blockFactor == Factor::onSum)
-        unrolled<vectors>([&](auto i) { sums[row][i] = sums[row][i] * F32x8::broadcast(factor_); });
+        unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+          sums[row][i] = sums[row][i] * F32x8::broadcast(factor_);
+        });
       storeNarrowed<blockRounding>(sums[row], dst.row(row) + x);
     });
   }
@@ -68,7 +70,7 @@ private:
   template <class V>
   TailSums<V> tailSums(const Source* const* srcRows, int x) const {
     V sums[1][1];
-    sumColumns<0>(srcRows, x, count_, tailCoefficients_, sums, loadFloats<V, Source>);
+    sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
     if constexpr (blockFactor != Factor::none)
       sums[0][0] = sums[0][0] * V::broadcast(factor_);
     return {{sums[0][0]}};
@@ -76,8 +78,8 @@ private:
 
   int count_;
   float factor_;
-  ColumnCoefficients<float, Coefficient> blockCoefficients_;
-  ColumnCoefficients<float, Coefficient> tailCoefficients_;
+  KeptCoefficients<FloatCoefficients<Coefficient>> blockCoefficients_;
+  FloatCoefficients<Coefficient> tailCoefficients_;
   bool symmetricThree_;
 };
 
@@ -86,19 +88,22 @@ template <class Scaling>
 class WrappingColumns {
 public:
   WrappingColumns(ColumnKernel<int16_t> kernel, Scaling scaling)
-      : count_(kernel.size), scaling_(scaling), coefficients_(kernel.taps, kernel.size, 1) {}
+      : count_(kernel.size),
+        scaling_(scaling),
+        tailCoefficients_{kernel.taps},
+        blockCoefficients_(tailCoefficients_, kernel.size) {}
 
   template <int taps, int rows, int vectors>
   [[gnu::always_inline]] void block(const int16_t* const* srcRows, View<int16_t> dst, int x) const {
     Wrapping16x8 sums[rows][vectors];
-    sumColumns<taps>(srcRows, x, count_, coefficients_, sums, Wrapping16x8::load);
-    unrolled<rows>([&](auto row) { scaling_.store(sums[row], dst.row(row) + x); });
+    sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+    unrolled<rows>([&](auto row) __attribute__((always_inline)) { scaling_.store(sums[row], dst.row(row) + x); });
   }
 
   void tail(const int16_t* const* srcRows, int16_t* dst, int x, int width) const {
     for (; x < width; ++x) {
       Wrapping32x1 sums[1][1];
-      sumColumns<0>(srcRows, x, count_, coefficients_, sums, Wrapping32x1::load);
+      sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
       storeSample(dst + x, scaling_.edge(sums[0][0]));
     }
   }
@@ -106,7 +111,8 @@ public:
 private:
   int count_;
   Scaling scaling_;
-  ColumnCoefficients<int16_t, int16_t> coefficients_;
+  WordCoefficients tailCoefficients_;
+  KeptCoefficients<WordCoefficients> blockCoefficients_;
 };
 
 /// Filters whole rows. Bound by the loads and conversions of the samples: with two output rows a turn, about half of
@@ -114,10 +120,10 @@ private:
 template <int taps, class Columns, class Source, class Dst>
 void filterRowPairs(const Columns& columns, const Source* const* srcRows, View<Dst> dst, OrvSize samples) {
   const int blocksEnd = samples.width / blockSamples * blockSamples;
-  const bool overlapping = dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
-  forRowPairs(samples.height, overlapping, [&](auto rows, int y) {
+  const bool singly = taps == manyTaps || dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
+  forRowPairs(samples.height, singly, [&](auto rows, int y) {
     const View<Dst> target{dst.row(y), dst.step};
-    const auto blocks = [&](auto vectors, int x) {
+    const auto blocks = [&](auto vectors, int x) __attribute__((always_inline)) {
       for (; x <= blocksEnd - 8 * vectors; x += 8 * vectors)
         columns.template block<taps, rows, vectors>(srcRows + y, target, x);
       return x;
@@ -139,7 +145,8 @@ void filterWith(const Columns& columns, int taps, const Source* const* srcRows, 
     case 5:
       return filterRowPairs<5>(columns, srcRows, dst, samples);
     default:
-      return filterRowPairs<0>(columns, srcRows, dst, samples);
+      return taps <= keptTaps ? filterRowPairs<anyTaps>(columns, srcRows, dst, samples)
+                              : filterRowPairs<manyTaps>(columns, srcRows, dst, samples);
   }
 }
 

@@ -41,6 +41,9 @@ inline __m128i load64(const void* p) { return _mm_loadl_epi64(static_cast<const 
 inline void store128(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
 inline void store64(void* p, __m128i v) { _mm_storel_epi64(static_cast<__m128i*>(p), v); }
 
+template <class V>
+constexpr bool isFloatVector = std::is_same_v<V, F32x8> || std::is_same_v<V, F32x1>;
+
 /// What one unit of a sample is worth after loadFloats. Signed words are taken in the upper halves of 32-bit integers,
 /// which costs less than to bring them down; a power of two in the coefficients makes up for it without rounding.
 template <class Sample>
@@ -59,13 +62,13 @@ V loadFloats(const Sample* p) {
   }
 }
 
-/// What a sum starts from: adding to it changes no bit, where adding to +0.0 would lose the sign of -0.0.
-template <class V>
-V identityOfSum() {
-  if constexpr (std::is_same_v<V, F32x8> || std::is_same_v<V, F32x1>)
-    return V::broadcast(-0.0f);
+/// Samples as a filter sums them: floats, or integers that wrap.
+template <class V, class Sample>
+V loadSamples(const Sample* p) {
+  if constexpr (isFloatVector<V>)
+    return loadFloats<V>(p);
   else
-    return V::broadcast(0);
+    return V::load(p);
 }
 
 enum class Rounding { toNearestEven, towardZero };
@@ -107,16 +110,17 @@ __m128i packBytes(__m128i low, __m128i high) {
 template <Rounding rounding, class Sample, int vectors>
 void storeNarrowed(const F32x8 (&values)[vectors], Sample* p) {
   if constexpr (std::is_same_v<Sample, float>) {
-    unrolled<vectors>([&](auto i) { values[i].store(p + 8 * i); });
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) { values[i].store(p + 8 * i); });
   } else if constexpr (sizeof(Sample) == 2) {
-    unrolled<vectors>(
-        [&](auto i) { store128(p + 8 * i, packWords<Sample>(toInts<rounding>(cutAbove<Sample>(values[i])))); });
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+      store128(p + 8 * i, packWords<Sample>(toInts<rounding>(cutAbove<Sample>(values[i]))));
+    });
   } else if constexpr (vectors == 1) {
     const __m128i words = packWords<int16_t>(toInts<rounding>(cutAbove<Sample>(values[0])));
     store64(p, packBytes<Sample>(words, words));
   } else {
     static_assert(vectors % 2 == 0);
-    unrolled<vectors / 2>([&](auto i) {
+    unrolled<vectors / 2>([&](auto i) __attribute__((always_inline)) {
       store128(p + 16 * i,
                packBytes<Sample>(packWords<int16_t>(toInts<rounding>(cutAbove<Sample>(values[2 * i]))),
                                  packWords<int16_t>(toInts<rounding>(cutAbove<Sample>(values[2 * i + 1])))));

@@ -1,16 +1,32 @@
 // 16-bit fixed-point arithmetic of the reduced-precision pipelines: sums that wrap, and their scaling.
 #pragma once
 
+#include <bit>
+
 #include "filters/filter_vectors.h"
 
 namespace orv {
+
+/// A 16-bit coefficient twice, as one load spreads it over a vector.
+struct WordPair {
+  float bits;
+
+  explicit WordPair(int16_t word) : bits(std::bit_cast<float>(uint32_t{static_cast<uint16_t>(word)} * 0x00010001u)) {}
+  WordPair() = default;
+};
+
+/// Coefficients made at each use.
+struct WordCoefficients {
+  const int16_t* kernel;
+  WordPair operator[](int j) const { return WordPair{loadSample(kernel + j)}; }
+};
 
 /// 8 or one 16-bit integers whose sums and products wrap.
 struct Wrapping16x8 {
   static constexpr int lanes = 8;
   __m128i v;
 
-  static Wrapping16x8 broadcast(int16_t value) { return {_mm_set1_epi16(value)}; }
+  static Wrapping16x8 broadcast(WordPair pair) { return {_mm_castps_si128(_mm_set1_ps(pair.bits))}; }
   static Wrapping16x8 load(const int16_t* p) { return {load128(p)}; }
 };
 inline Wrapping16x8 operator+(Wrapping16x8 a, Wrapping16x8 b) { return {_mm_add_epi16(a.v, b.v)}; }
@@ -21,8 +37,9 @@ struct Wrapping32x1 {
   static constexpr int lanes = 1;
   uint32_t v;
 
-  static Wrapping32x1 broadcast(int value) { return {static_cast<uint32_t>(value)}; }
-  static Wrapping32x1 load(const int16_t* p) { return broadcast(loadSample(p)); }
+  static Wrapping32x1 of(int value) { return {static_cast<uint32_t>(value)}; }
+  static Wrapping32x1 broadcast(WordPair pair) { return of(static_cast<int16_t>(std::bit_cast<uint32_t>(pair.bits))); }
+  static Wrapping32x1 load(const int16_t* p) { return of(loadSample(p)); }
 };
 inline Wrapping32x1 operator+(Wrapping32x1 a, Wrapping32x1 b) { return {a.v + b.v}; }
 inline Wrapping32x1 operator*(Wrapping32x1 a, Wrapping32x1 b) { return {a.v * b.v}; }
@@ -35,7 +52,7 @@ struct FixedPointScaled {
   template <int vectors>
   [[gnu::always_inline]] void store(const Wrapping16x8 (&sums)[vectors], int16_t* d) const {
     const __m128i factors = _mm_set1_epi16(factor);
-    unrolled<vectors>([&](auto i) {
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
       const __m128i low = _mm_mullo_epi16(sums[i].v, factors), high = _mm_mulhi_epi16(sums[i].v, factors);
       store128(d + 8 * i, _mm_packs_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(low, high), 14),
                                           _mm_srai_epi32(_mm_unpackhi_epi16(low, high), 14)));
@@ -59,7 +76,7 @@ struct Sixteenth {
 
   template <int vectors>
   [[gnu::always_inline]] void store(const Wrapping16x8 (&sums)[vectors], int16_t* d) const {
-    unrolled<vectors>([&](auto i) {
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
       const __m128i scaled = _mm_srai_epi16(sums[i].v, 4);
       if (streamed && (reinterpret_cast<uintptr_t>(d) & 15) == 0)
         _mm_stream_si128(reinterpret_cast<__m128i*>(d + 8 * i), scaled);

@@ -4,13 +4,15 @@
 // Sums read exactly the samples of the windows of their outputs, at any address.
 #pragma once
 
+#include <bit>
+
 #include "filters/filter_vectors.h"
 #include "filters/fixed_point.h"
 
 namespace orv {
 
-/// Samples of the centre's outputs that are computed at once: `wide` in the body of a row, `narrow` after it.
-constexpr int narrowLanes = 8;
+/// Outputs of a narrow block. A wide block has Taps::wide outputs and may read like Taps::wideReach of them.
+constexpr int narrowBlock = 8;
 
 /// Integer sums of 8- or 16-bit samples by multiplying and adding 16-bit pairs: two taps an instruction.
 ///
@@ -20,9 +22,10 @@ template <class Source, int channels>
 struct IntegerTaps {
   const int16_t* kernel;
   int count;
-  int32_t* pairs;
+  float* pairs;  ///< the bits of two 16-bit coefficients
 
-  static constexpr int wide = 16;
+  static constexpr int wide = 8;
+  static constexpr int wideReach = 16 / sizeof(Source);
 
   static constexpr int pairCount(int taps) { return (taps + 1) / 2; }
   static constexpr int firstTap(int pair, int taps) { return std::max(std::min(2 * pair, taps - 2), 0); }
@@ -33,23 +36,24 @@ struct IntegerTaps {
       const bool counted = j != 2 * t;
       const auto first = static_cast<uint16_t>(counted ? 0 : loadSample(kernel + j));
       const auto second = static_cast<uint16_t>(j + 1 < count ? loadSample(kernel + j + 1) : 0);
-      pairs[t] = static_cast<int32_t>(first | static_cast<uint32_t>(second) << 16);
+      pairs[t] = std::bit_cast<float>(first | static_cast<uint32_t>(second) << 16);
     }
   }
 
-  template <int lanes>
   struct Sums {
-    __m128i v[lanes / 4];
+    __m128i v[2];
   };
 
-  template <int taps, int lanes>
-  [[gnu::always_inline]] Sums<lanes> sum(const Source* s) const {
-    Sums<lanes> sums;
-    addPair<taps, lanes, true>(s, 0, sums);
+  template <int taps, bool wideBlock>
+  [[gnu::always_inline]] Sums sum(const Source* s) const {
+    Sums sums;
+    addPair<taps, wideBlock, true>(s, 0, sums);
     if constexpr (taps != 0)
-      unrolled<pairCount(taps) - 1>([&](auto t) { addPair<taps, lanes, false>(s, t + 1, sums); });
+      unrolled<pairCount(taps) - 1>([&](auto t) __attribute__((always_inline)) {
+        addPair<taps, wideBlock, false>(s, t + 1, sums);
+      });
     else
-      for (int t = 1; t < pairCount(count); ++t) addPair<taps, lanes, false>(s, t, sums);
+      for (int t = 1; t < pairCount(count); ++t) addPair<taps, wideBlock, false>(s, t, sums);
     return sums;
   }
 
@@ -61,32 +65,30 @@ struct IntegerTaps {
   }
 
 private:
-  template <int taps, int lanes, bool first>
-  [[gnu::always_inline]] void addPair(const Source* s, int t, Sums<lanes>& sums) const {
+  template <int taps, bool wideBlock, bool first>
+  [[gnu::always_inline]] void addPair(const Source* s, int t, Sums& sums) const {
     // A kernel of one tap pairs the sample with itself.
     constexpr int next = taps == 1 ? 0 : channels;
     const Source* const p = s + firstTap(t, taps != 0 ? taps : count) * channels;
-    const __m128i coefficients = _mm_set1_epi32(pairs[t]);
-    const auto add = [&](auto group, __m128i samples) {
-      const __m128i products = _mm_madd_epi16(samples, coefficients);
-      sums.v[group] = first ? products : _mm_add_epi32(sums.v[group], products);
-    };
-    using std::integral_constant;
+    __m128i low, high;
     if constexpr (sizeof(Source) == 2) {
-      unrolled<lanes / 8>([&](auto half) {
-        const __m128i a = load128(p + 8 * half), b = load128(p + next + 8 * half);
-        add(integral_constant<int, 2 * half>{}, _mm_unpacklo_epi16(a, b));
-        add(integral_constant<int, 2 * half + 1>{}, _mm_unpackhi_epi16(a, b));
-      });
-    } else if constexpr (lanes == narrowLanes) {
-      const __m128i bytes = _mm_unpacklo_epi8(load64(p), load64(p + next));
-      add(integral_constant<int, 0>{}, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-      add(integral_constant<int, 1>{}, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
-    } else {
       const __m128i a = load128(p), b = load128(p + next);
-      unrolled<3>([&](auto group) { add(group, _mm_shuffle_epi8(a, bytePairs<4 * group, 4 * group + next>())); });
-      add(integral_constant<int, 3>{}, _mm_shuffle_epi8(b, bytePairs<12 - next, 12>()));
+      low = _mm_unpacklo_epi16(a, b);
+      high = _mm_unpackhi_epi16(a, b);
+    } else if constexpr (wideBlock) {
+      const __m128i bytes = load128(p);
+      low = _mm_shuffle_epi8(bytes, bytePairs<0, next>());
+      high = _mm_shuffle_epi8(bytes, bytePairs<4, 4 + next>());
+    } else {
+      const __m128i bytes = _mm_unpacklo_epi8(load64(p), load64(p + next));
+      low = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+      high = _mm_unpackhi_epi8(bytes, _mm_setzero_si128());
     }
+    const __m128i coefficients = _mm_castps_si128(_mm_set1_ps(pairs[t]));
+    const __m128i products[2] = {_mm_madd_epi16(low, coefficients), _mm_madd_epi16(high, coefficients)};
+    unrolled<2>([&](auto half) __attribute__((always_inline)) {
+      sums.v[half] = first ? products[half] : _mm_add_epi32(sums.v[half], products[half]);
+    });
   }
 
   /// Shuffle to four 16-bit pairs of the bytes from `first` and from `second` on.
@@ -100,16 +102,19 @@ private:
 /// Sums in the order of the taps, starting with the first product. V is a vector or a single sample.
 template <int taps, int channels, class V, int vectors, class Source, class Coefficient>
 [[gnu::always_inline]] inline void sumTaps(const Source* s, const Coefficient* coefficients, int count,
-                                           V (&sums)[vectors], auto load) {
+                                           V (&sums)[vectors]) {
   const auto products = [&](int j, auto add) __attribute__((always_inline)) {
     const V coefficient = V::broadcast(coefficients[j]);
     const Source* const p = s + j * channels;
-    unrolled<vectors>([&](auto i) { add(sums[i], coefficient * load(p + V::lanes * i)); });
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+      add(sums[i], coefficient * loadSamples<V>(p + V::lanes * i));
+    });
   };
-  const auto addTo = [](V& sum, V product) { sum = sum + product; };
-  products(0, [](V& sum, V product) { sum = product; });
+  const auto addTo = [](V & sum, V product) __attribute__((always_inline)) { sum = sum + product; };
+  products(
+      0, [](V & sum, V product) __attribute__((always_inline)) { sum = product; });
   if constexpr (taps != 0)
-    unrolled<taps - 1>([&](auto j) { products(j + 1, addTo); });
+    unrolled<taps - 1>([&](auto j) __attribute__((always_inline)) { products(j + 1, addTo); });
   else
     for (int j = 1; j < count; ++j) products(j, addTo);
 }
@@ -121,6 +126,7 @@ struct FloatTaps {
   int count;
 
   static constexpr int wide = 32;
+  static constexpr int wideReach = wide;
 
   template <class Coefficient>
   void expand(const Coefficient* kernel, float scale) const {
@@ -128,21 +134,21 @@ struct FloatTaps {
       coefficients[j] = static_cast<float>(loadSample(kernel + j)) * scale / loadedUnit<Source>;
   }
 
-  template <int lanes>
+  template <bool wideBlock>
   struct Sums {
-    F32x8 v[lanes / 8];
+    F32x8 v[wideBlock ? wide / 8 : 1];
   };
 
-  template <int taps, int lanes>
-  [[gnu::always_inline]] Sums<lanes> sum(const Source* s) const {
-    Sums<lanes> sums;
-    sumTaps<taps, channels>(s, coefficients, count, sums.v, loadFloats<F32x8, Source>);
+  template <int taps, bool wideBlock>
+  [[gnu::always_inline]] Sums<wideBlock> sum(const Source* s) const {
+    Sums<wideBlock> sums;
+    sumTaps<taps, channels>(s, coefficients, count, sums.v);
     return sums;
   }
 
   F32x1 single(const Source* s) const {
     F32x1 sums[1];
-    sumTaps<0, channels>(s, coefficients, count, sums, loadFloats<F32x1, Source>);
+    sumTaps<0, channels>(s, coefficients, count, sums);
     return sums[0];
   }
 };
@@ -151,14 +157,14 @@ struct FloatTaps {
 template <class Source, int channels>
 struct SymmetricFloatTaps : FloatTaps<Source, channels> {
   using Base = FloatTaps<Source, channels>;
-  template <int lanes>
-  using Sums = typename Base::template Sums<lanes>;
+  using Sums = typename Base::template Sums<false>;
 
-  template <int taps, int lanes>
-  Sums<lanes> sum(const Source* s) const {
-    Sums<lanes> sums;
-    for (int i = 0; i < lanes / 8; ++i) sums.v[i] = sumOf<F32x8>(s + 8 * i);
-    return sums;
+  static constexpr int wide = 8;
+  static constexpr int wideReach = wide;
+
+  template <int taps, bool wideBlock>
+  Sums sum(const Source* s) const {
+    return {{sumOf<F32x8>(s)}};
   }
   F32x1 single(const Source* s) const { return sumOf<F32x1>(s); }
 
@@ -178,26 +184,27 @@ private:
 /// Sums that wrap to 16 bits at every step; single sums keep 32 bits.
 template <int channels>
 struct WrappingTaps {
-  const int16_t* coefficients;
+  WordPair* coefficients;
   int count;
 
   static constexpr int wide = 32;
+  static constexpr int wideReach = wide;
 
-  template <int lanes>
+  template <bool wideBlock>
   struct Sums {
-    Wrapping16x8 v[lanes / 8];
+    Wrapping16x8 v[wideBlock ? wide / 8 : 1];
   };
 
-  template <int taps, int lanes>
-  [[gnu::always_inline]] Sums<lanes> sum(const int16_t* s) const {
-    Sums<lanes> sums;
-    sumTaps<taps, channels>(s, coefficients, count, sums.v, Wrapping16x8::load);
+  template <int taps, bool wideBlock>
+  [[gnu::always_inline]] Sums<wideBlock> sum(const int16_t* s) const {
+    Sums<wideBlock> sums;
+    sumTaps<taps, channels>(s, coefficients, count, sums.v);
     return sums;
   }
 
   Wrapping32x1 single(const int16_t* s) const {
     Wrapping32x1 sums[1];
-    sumTaps<0, channels>(s, coefficients, count, sums, Wrapping32x1::load);
+    sumTaps<0, channels>(s, coefficients, count, sums);
     return sums[0];
   }
 };
@@ -214,17 +221,21 @@ struct Scaled {
   template <int quarters>
   [[gnu::always_inline]] void store(const __m128i (&sums)[quarters], Result* d) const {
     if (factor == 1.0f) {  // the saturation of the integer is the clamping of the float
-      unrolled<quarters / 2>([&](auto i) { store128(d + 8 * i, _mm_packs_epi32(sums[2 * i], sums[2 * i + 1])); });
+      unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
+        store128(d + 8 * i, _mm_packs_epi32(sums[2 * i], sums[2 * i + 1]));
+      });
     } else {
       F32x8 floats[quarters / 2];
-      unrolled<quarters / 2>([&](auto i) { floats[i] = F32x8::fromInts(sums[2 * i], sums[2 * i + 1]); });
+      unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
+        floats[i] = F32x8::fromInts(sums[2 * i], sums[2 * i + 1]);
+      });
       store(floats, d);
     }
   }
   template <int vectors>
   [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Result* d) const {
     F32x8 scaled[vectors];
-    unrolled<vectors>([&](auto i) { scaled[i] = sums[i] * F32x8::broadcast(factor); });
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) { scaled[i] = sums[i] * F32x8::broadcast(factor); });
     storeNarrowed<centreRounding>(scaled, d);
   }
 

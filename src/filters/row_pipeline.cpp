@@ -10,22 +10,23 @@ namespace {
 /// the loads of the samples, one or two an output and tap.
 template <int taps, class Taps, class Scaling, class Source, class Result>
 void filterSpan(const Taps& sums, const Scaling& scaling, const Source* s, Result* d, int samples) {
-  const auto block = [&]<int lanes>(std::integral_constant<int, lanes>, int x) __attribute__((always_inline)) {
-    scaling.store(sums.template sum<taps, lanes>(s + x).v, d + x);
+  const auto wide = [&](int x) __attribute__((always_inline)) {
+    scaling.store(sums.template sum<taps, true>(s + x).v, d + x);
   };
-  constexpr std::integral_constant<int, Taps::wide> wide;
-  constexpr std::integral_constant<int, narrowLanes> narrow;
+  const auto narrow = [&](int x) __attribute__((always_inline)) {
+    scaling.store(sums.template sum<taps, false>(s + x).v, d + x);
+  };
   int x = 0;
   if constexpr (requires { scaling.streamed; }) {
-    if (scaling.streamed && samples >= narrow) {  // the first block overlaps those that begin on a vector's boundary
-      block(narrow, x);
+    if (scaling.streamed && samples >= narrowBlock) {  // overlaps the blocks, which begin on a vector's boundary
+      narrow(0);
       x = static_cast<int>((-reinterpret_cast<uintptr_t>(d) & 15) / sizeof *d);
     }
   }
-  for (; x <= samples - wide; x += wide) block(wide, x);
-  for (; x <= samples - narrow; x += narrow) block(narrow, x);
-  if (x < samples && samples >= narrow)
-    block(narrow, samples - narrow);
+  for (; x <= samples - Taps::wideReach; x += Taps::wide) wide(x);
+  for (; x <= samples - narrowBlock; x += narrowBlock) narrow(x);
+  if (x < samples && samples >= narrowBlock)
+    narrow(samples - narrowBlock);
   else
     for (; x < samples; ++x) storeSample(d + x, scaling.centre(sums.single(s + x)));
 }
@@ -73,7 +74,7 @@ struct RowScratch {
   IntegerTaps<Source, channels> integerTaps(RowKernel<int16_t> kernel) {
     const IntegerTaps<Source, channels> taps{
         kernel.taps, kernel.size,
-        carver.take<int32_t>(static_cast<size_t>(IntegerTaps<Source, channels>::pairCount(kernel.size)))};
+        carver.take<float>(static_cast<size_t>(IntegerTaps<Source, channels>::pairCount(kernel.size)))};
     taps.expandPairs();
     return taps;
   }
@@ -170,8 +171,8 @@ void filterForm(RowPass<channels, float, float> pass, RowKernel<float> kernel) {
 
 template <int channels>
 void filterLowForm(RowPass<channels, int16_t, int16_t> pass, RowKernel<int16_t> kernel) {
-  auto* const coefficients = pass.scratch.carver.template take<int16_t>(static_cast<size_t>(kernel.size));
-  std::memcpy(coefficients, kernel.taps, static_cast<size_t>(kernel.size) * sizeof *coefficients);
+  auto* const coefficients = pass.scratch.carver.template take<WordPair>(static_cast<size_t>(kernel.size));
+  for (int j = 0; j < kernel.size; ++j) coefficients[j] = WordPair{loadSample(kernel.taps + j)};
   const WrappingTaps<channels> taps{coefficients, kernel.size};
   const bool smoothing = kernel.size == 5 && kernel.anchor == 2 && kernel.divisor == 16 && isSymmetric(kernel) &&
                          pass.border.mode == orvBorderReplicate && pass.roi.width > 10;
