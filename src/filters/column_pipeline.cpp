@@ -1,160 +1,15 @@
 // Column pipelines: one-dimensional filters down an array of row pointers.
-#include "filters/column_kernels.h"
-#include "filters/fixed_point.h"
+#include "filters/column_forms.h"
 #include "filters/pipelines.h"
 
 namespace orv {
 namespace {
 
-/// Samples of a block. Blocks lie from the left; what remains of a row is its tail.
-constexpr int blockSamples = 16;
-
-float reciprocal(int divisor) { return 1.0f / static_cast<float>(divisor); }
-
-/// Where a float form multiplies by its factor: each coefficient beforehand, the sum afterwards, or nowhere.
-enum class Factor { inCoefficients, onSum, none };
-
-/// Float sums. Blocks round to nearest even, tails truncate, and in the 16-bit signed forms the tail's factor comes
-/// after its sum: the differences are by design.
-template <class Source, class Dst, class Coefficient, Factor blockFactor,
-          Rounding blockRounding = Rounding::toNearestEven>
-class FloatColumns {
-public:
-  FloatColumns(ColumnKernel<Coefficient> kernel, float factor)
-      : count_(kernel.size),
-        factor_(factor),
-        blockCoefficients_({kernel.taps, (blockFactor == Factor::inCoefficients ? factor : 1.0f) / loadedUnit<Source>},
-                           kernel.size),
-        tailCoefficients_{kernel.taps, 1.0f / loadedUnit<Source>},
-        symmetricThree_(blockFactor == Factor::inCoefficients && kernel.size == 3 &&
-                        loadSample(kernel.taps) == loadSample(kernel.taps + 2)) {}
-
-  template <int taps, int rows, int vectors>
-  [[gnu::always_inline]] void block(const Source* const* srcRows, View<Dst> dst, int x) const {
-    F32x8 sums[rows][vectors];
-    if (taps == 3 && symmetricThree_)
-      sumSymmetricThree(srcRows, x, blockCoefficients_.template forTaps<taps>(), sums);
-    else
-      sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
-    unrolled<rows>([&](auto row) __attribute__((always_inline)) {
-      if constexpr (blockFactor == Factor::onSum)
-        unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-          sums[row][i] = sums[row][i] * F32x8::broadcast(factor_);
-        });
-      storeNarrowed<blockRounding>(sums[row], dst.row(row) + x);
-    });
-  }
-
-  /// Samples x .. width - 1, fewer than a block. Where the row is wide enough they are made in vectors that end with it.
-  void tail(const Source* const* srcRows, Dst* dst, int x, int width) const {
-    constexpr int lanes = F32x8::lanes;
-    if (width >= lanes) {
-      if (width - x > lanes)
-        storeNarrowed<tailRounding>(tailSums<F32x8>(srcRows, x).v, dst + x);
-      Dst last[lanes];
-      storeNarrowed<tailRounding>(tailSums<F32x8>(srcRows, width - lanes).v, last);
-      const int rest = std::min(width - x, lanes);
-      std::memcpy(dst + width - rest, last + lanes - rest, static_cast<size_t>(rest) * sizeof(Dst));
-    } else {
-      for (; x < width; ++x) storeSample(dst + x, narrowed<tailRounding, Dst>(tailSums<F32x1>(srcRows, x).v[0]));
-    }
-  }
-
-private:
-  static constexpr Rounding tailRounding = Rounding::towardZero;
-
-  template <class V>
-  struct TailSums {
-    V v[1];
-  };
-  template <class V>
-  TailSums<V> tailSums(const Source* const* srcRows, int x) const {
-    V sums[1][1];
-    sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
-    if constexpr (blockFactor != Factor::none)
-      sums[0][0] = sums[0][0] * V::broadcast(factor_);
-    return {{sums[0][0]}};
-  }
-
-  int count_;
-  float factor_;
-  KeptCoefficients<FloatCoefficients<Coefficient>> blockCoefficients_;
-  FloatCoefficients<Coefficient> tailCoefficients_;
-  bool symmetricThree_;
-};
-
-/// 16-bit sums that wrap. The scaling tells blocks and tails apart.
-template <class Scaling>
-class WrappingColumns {
-public:
-  WrappingColumns(ColumnKernel<int16_t> kernel, Scaling scaling)
-      : count_(kernel.size),
-        scaling_(scaling),
-        tailCoefficients_{kernel.taps},
-        blockCoefficients_(tailCoefficients_, kernel.size) {}
-
-  template <int taps, int rows, int vectors>
-  [[gnu::always_inline]] void block(const int16_t* const* srcRows, View<int16_t> dst, int x) const {
-    Wrapping16x8 sums[rows][vectors];
-    sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
-    unrolled<rows>([&](auto row) __attribute__((always_inline)) { scaling_.store(sums[row], dst.row(row) + x); });
-  }
-
-  void tail(const int16_t* const* srcRows, int16_t* dst, int x, int width) const {
-    for (; x < width; ++x) {
-      Wrapping32x1 sums[1][1];
-      sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
-      storeSample(dst + x, scaling_.edge(sums[0][0]));
-    }
-  }
-
-private:
-  int count_;
-  Scaling scaling_;
-  WordCoefficients tailCoefficients_;
-  KeptCoefficients<WordCoefficients> blockCoefficients_;
-};
-
-/// Filters whole rows. Bound by the loads and conversions of the samples: with two output rows a turn, about half of
-/// one an output and tap.
-template <int taps, class Columns, class Source, class Dst>
-void filterRowPairs(const Columns& columns, const Source* const* srcRows, View<Dst> dst, OrvSize samples) {
-  const int blocksEnd = samples.width / blockSamples * blockSamples;
-  const bool singly = taps == manyTaps || dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
-  forRowPairs(samples.height, singly, [&](auto rows, int y) {
-    const View<Dst> target{dst.row(y), dst.step};
-    const auto blocks = [&](auto vectors, int x) __attribute__((always_inline)) {
-      for (; x <= blocksEnd - 8 * vectors; x += 8 * vectors)
-        columns.template block<taps, rows, vectors>(srcRows + y, target, x);
-      return x;
-    };
-    int x = 0;
-    if constexpr (rows == 1)
-      x = blocks(std::integral_constant<int, 4>{}, x);
-    x = blocks(std::integral_constant<int, 2>{}, x);
-    for (int row = 0; x < samples.width && row < rows; ++row)
-      columns.tail(srcRows + y + row, target.row(row), x, samples.width);
-  });
-}
-
-template <class Columns, class Source, class Dst>
-void filterWith(const Columns& columns, int taps, const Source* const* srcRows, View<Dst> dst, OrvSize samples) {
-  switch (taps) {
-    case 3:
-      return filterRowPairs<3>(columns, srcRows, dst, samples);
-    case 5:
-      return filterRowPairs<5>(columns, srcRows, dst, samples);
-    default:
-      return taps <= keptTaps ? filterRowPairs<anyTaps>(columns, srcRows, dst, samples)
-                              : filterRowPairs<manyTaps>(columns, srcRows, dst, samples);
-  }
-}
-
 /// The 16-bit signed forms, which differ in the range of the result.
 template <class Dst>
 void filterSignedColumns(const int16_t* const* srcRows, View<Dst> dst, OrvSize samples, ColumnKernel<int16_t> kernel) {
   const FloatColumns<int16_t, Dst, int16_t, Factor::inCoefficients> columns{kernel, reciprocal(kernel.divisor)};
-  filterWith(columns, kernel.size, srcRows, dst, samples);
+  filterColumnsWith(columns, kernel.size, srcRows, dst, samples);
 }
 
 bool isSmoothing(ColumnKernel<int16_t> kernel) {
@@ -176,11 +31,11 @@ void filterColumns(const int16_t* const* srcRows, View<int8_t> dst, OrvSize samp
 
 void filterColumns(const uint16_t* const* srcRows, View<uint16_t> dst, OrvSize samples, ColumnKernel<uint16_t> kernel) {
   const FloatColumns<uint16_t, uint16_t, uint16_t, Factor::onSum> columns{kernel, reciprocal(kernel.divisor)};
-  filterWith(columns, kernel.size, srcRows, dst, samples);
+  filterColumnsWith(columns, kernel.size, srcRows, dst, samples);
 }
 
 void filterColumns(const float* const* srcRows, View<float> dst, OrvSize samples, ColumnKernel<float> kernel) {
-  filterWith(FloatColumns<float, float, float, Factor::none>{kernel, 1.0f}, kernel.size, srcRows, dst, samples);
+  filterColumnsWith(FloatColumns<float, float, float, Factor::none>{kernel, 1.0f}, kernel.size, srcRows, dst, samples);
 }
 
 /// A symmetric smoothing kernel makes its rows two by two, with one rule for blocks and tails; the last of an odd number
@@ -192,24 +47,13 @@ void filterColumnsLow(const int16_t* const* srcRows, View<int16_t> dst, OrvSize 
     const bool aligned = ((reinterpret_cast<uintptr_t>(dst.first) | static_cast<uintptr_t>(dst.step)) & 15) == 0;
     const bool streamed = aligned && int64_t{samples.width} * samples.height >= streamedFrom;
     y = samples.height & ~1;
-    filterWith(WrappingColumns{kernel, Sixteenth{streamed}}, kernel.size, srcRows, dst, {samples.width, y});
+    filterColumnsWith(WrappingColumns{kernel, Sixteenth{streamed}}, kernel.size, srcRows, dst, {samples.width, y});
     if (streamed)
       _mm_sfence();
   }
   if (y < samples.height)
-    filterWith(WrappingColumns{kernel, FixedPointScaled{fixedPointFactor(kernel.divisor)}}, kernel.size, srcRows + y,
-               View{dst.row(y), dst.step}, {samples.width, samples.height - y});
+    filterColumnsWith(WrappingColumns{kernel, FixedPointScaled{fixedPointFactor(kernel.divisor)}}, kernel.size,
+                      srcRows + y, View{dst.row(y), dst.step}, {samples.width, samples.height - y});
 }
-
-template <class Dst, class Coefficient>
-void filterFloatColumns(const float* const* srcRows, View<Dst> dst, OrvSize samples, ColumnKernel<Coefficient> kernel) {
-  constexpr Factor factor = std::is_same_v<Coefficient, float> ? Factor::none : Factor::onSum;
-  const FloatColumns<float, Dst, Coefficient, factor, Rounding::towardZero> columns{kernel, reciprocal(kernel.divisor)};
-  filterWith(columns, kernel.size, srcRows, dst, samples);
-}
-template void filterFloatColumns(const float* const*, View<uint8_t>, OrvSize, ColumnKernel<int16_t>);
-template void filterFloatColumns(const float* const*, View<int16_t>, OrvSize, ColumnKernel<int16_t>);
-template void filterFloatColumns(const float* const*, View<uint16_t>, OrvSize, ColumnKernel<float>);
-template void filterFloatColumns(const float* const*, View<float>, OrvSize, ColumnKernel<float>);
 
 }  // namespace orv

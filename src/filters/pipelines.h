@@ -19,6 +19,9 @@ struct RowKernel {
   int divisor = 1;  ///< not 0; without meaning for float rows
 };
 
+/// How divisors are applied.
+inline float reciprocal(int divisor) { return 1.0f / static_cast<float>(divisor); }
+
 template <class Coefficient>
 struct ColumnKernel {
   const Coefficient* taps;  ///< at any address
@@ -53,9 +56,5 @@ void filterColumns(const int16_t* const* srcRows, View<int8_t> dst, OrvSize samp
 void filterColumns(const uint16_t* const* srcRows, View<uint16_t> dst, OrvSize samples, ColumnKernel<uint16_t> kernel);
 void filterColumns(const float* const* srcRows, View<float> dst, OrvSize samples, ColumnKernel<float> kernel);
 void filterColumnsLow(const int16_t* const* srcRows, View<int16_t> dst, OrvSize samples, ColumnKernel<int16_t> kernel);
-
-/// Float rows down to any sample type: the sum times 1.0f / divisor, clamped and truncated toward zero.
-template <class Dst, class Coefficient>
-void filterFloatColumns(const float* const* srcRows, View<Dst> dst, OrvSize samples, ColumnKernel<Coefficient> kernel);
 
 }  // namespace orv

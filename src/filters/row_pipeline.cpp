@@ -60,8 +60,6 @@ auto centreLikeEdges(auto edge) {
   };
 }
 
-float reciprocal(int divisor) { return 1.0f / static_cast<float>(divisor); }
-
 /// The areas of the caller's buffer.
 template <class Source, int channels>
 struct RowScratch {

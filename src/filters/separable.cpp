@@ -1,0 +1,247 @@
+// Separable filter: a row kernel with taps of its own for each channel, and a column kernel, in one call. Filtered rows
+// are floats in a ring as high as the column kernel.
+#include "filters/column_forms.h"
+#include "filters/row_sums.h"
+#include "frame/blocks.h"
+#include "frame/border.h"
+
+namespace orv {
+namespace {
+
+/// What Init leaves in the caller's block, at the next multiple of 32 bytes; the kernels follow it.
+template <class Coefficient>
+struct SeparableSpec {
+  int32_t reserved;
+  int32_t kernelWidth, kernelHeight;
+  int32_t divisor;
+  int32_t roundMode;
+  Coefficient* rowKernel;
+  void* rowTable;
+  Coefficient* columnKernel;
+  void* columnTable;
+  int32_t channels;
+};
+
+constexpr Check badChannels(int channels) { return notAmong(channels, {1, 3, 4}, orvStsBadChannels); }
+
+template <class Coefficient>
+void initialise(void* block, const Coefficient* kernelX, const Coefficient* kernelY, OrvSize kernelSize, int divisor,
+                int roundMode, int channels) {
+  Carver carver{block};
+  auto* const spec = carver.take<SeparableSpec<Coefficient>>(1);
+  const size_t rowTaps = static_cast<size_t>(kernelSize.width) * static_cast<size_t>(channels);
+  const size_t columnTaps = static_cast<size_t>(kernelSize.height);
+  auto* const rowKernel = carver.take<Coefficient>(rowTaps);
+  auto* const columnKernel = carver.take<Coefficient>(columnTaps);
+  std::memcpy(rowKernel, kernelX, rowTaps * sizeof *kernelX);
+  std::memcpy(columnKernel, kernelY, columnTaps * sizeof *kernelY);
+  *spec = {0,         kernelSize.width, kernelSize.height, divisor, roundMode,
+           rowKernel, nullptr,          columnKernel,      nullptr, channels};
+}
+
+/// Masks the exception for denormal operands, which small coefficients and sums meet, and restores the control word.
+class DenormalExceptionMasked {
+public:
+  DenormalExceptionMasked() : saved_(_mm_getcsr()) { _mm_setcsr(saved_ | _MM_MASK_DENORM); }
+  ~DenormalExceptionMasked() { _mm_setcsr(saved_); }
+  DenormalExceptionMasked(const DenormalExceptionMasked&) = delete;
+  DenormalExceptionMasked& operator=(const DenormalExceptionMasked&) = delete;
+
+private:
+  unsigned saved_;
+};
+
+template <class Source, class Dst, class Coefficient, int channels>
+class SeparableFilter {
+public:
+  SeparableFilter(View<const Source> src, OrvSizeL roi, OrvBorderMode borderMode, const Source* borderValue,
+                  const SeparableSpec<Coefficient>& spec, uint8_t* buffer)
+      : src_(src),
+        roi_(roi),
+        rowBorder_(horizontalBorder(borderMode)),
+        columnBorder_(verticalBorder(borderMode)),
+        borderValue_(borderValue),
+        spec_(spec),
+        anchor_{(spec.kernelWidth - 1) / 2, (spec.kernelHeight - 1) / 2},
+        reciprocal_(isInteger ? reciprocal(spec.divisor) : 1.0f) {
+    // Only the first area is rounded up: the others follow it without a gap.
+    auto* const table = roundUp(reinterpret_cast<float*>(buffer), 32);
+    sums_ = {table, spec.kernelWidth};
+    sums_.expand(spec.rowKernel);
+    exactInFloat_ = !isInteger || largestMagnitude() * largestSample <= 0x1p24;
+    rows_ = reinterpret_cast<float**>(table + ChannelSums<channels>::tableFloats(spec.kernelWidth));
+    auto* const ring = reinterpret_cast<float*>(rows_ + spec.kernelHeight);
+    const ptrdiff_t ringRow = ptrdiff_t{roi.width + spec.kernelWidth - 1} * channels;
+    for (int i = 0; i < spec.kernelHeight; ++i) rows_[i] = ring + i * ringRow;
+  }
+
+  void run(View<Dst> dst) {
+    constexpr Factor factor = isInteger ? Factor::onSum : Factor::none;
+    const FloatColumns<float, Dst, Coefficient, factor, Rounding::towardZero> columns{
+        ColumnKernel<Coefficient>{spec_.columnKernel, spec_.kernelHeight}, reciprocal_};
+    const int height = spec_.kernelHeight;
+    for (int i = 0; i < height - 1; ++i) fillRow(rows_[i], i - anchor_.y);
+    for (int y = 0; y < roi_.height; ++y) {
+      fillRow(rows_[height - 1], y - anchor_.y + height - 1);
+      filterColumnsWith(columns, height, rows_, View{dst.row(y), dst.step}, {roi_.width * channels, 1});
+      std::rotate(rows_, rows_ + 1, rows_ + height);
+    }
+  }
+
+private:
+  static constexpr bool isInteger = std::is_same_v<Coefficient, int16_t>;
+  static constexpr float largestSample = sizeof(Source) == 1 ? 255.0f : 32768.0f;
+
+  float largestMagnitude() const {
+    float largest = 0.0f;
+    for (int c = 0; c < channels; ++c) {
+      float sum = 0.0f;
+      for (int j = 0; j < spec_.kernelWidth; ++j) sum += std::abs(coefficient(j, c));
+      largest = std::max(largest, sum);
+    }
+    return largest;
+  }
+  float coefficient(int j, int c) const { return static_cast<float>(spec_.rowKernel[j * channels + c]); }
+
+  /// Row y of the image extended at top and bottom, filtered.
+  void fillRow(float* row, int y) const {
+    const SourceIndex source = mapIndex(y, roi_.height, columnBorder_);
+    if (source.isBorderValue)
+      return fillConstant(row);
+    const Source* const s = src_.row(source.index);
+    extendRow(row, s);
+    const int samples = roi_.width * channels;
+    const F32x8 factor = F32x8::broadcast(reciprocal_);
+    if (exactInFloat_)
+      sums_.template filterInPlace<FloatSum>(row, samples, factor);
+    else
+      sums_.template filterInPlace<DoubleSum>(row, samples, factor);
+  }
+
+  /// The filtered row of an image that is borderValue everywhere.
+  void fillConstant(float* row) const {
+    float values[channels];
+    for (int c = 0; c < channels; ++c) {
+      float sum = coefficient(0, c);
+      for (int j = 1; j < spec_.kernelWidth; ++j) sum += coefficient(j, c);
+      values[c] = static_cast<float>(loadSample(borderValue_ + c)) * sum * reciprocal_;
+    }
+    for (int x = 0; x < roi_.width; ++x, row += channels) std::memcpy(row, values, sizeof values);
+  }
+
+  /// The source row as floats with the pixels that the kernel reaches on either side.
+  void extendRow(float* row, const Source* s) const {
+    const int right = spec_.kernelWidth - 1 - anchor_.x;
+    for (int x = -anchor_.x; x < 0; ++x, row += channels) extendPixel(row, s, x);
+    const int samples = roi_.width * channels;
+    int i = 0;
+    for (; i <= samples - F32x8::lanes; i += F32x8::lanes) convert<F32x8>(row + i, s + i);
+    for (; i < samples; ++i) convert<F32x1>(row + i, s + i);
+    row += samples;
+    for (int x = roi_.width; x < roi_.width + right; ++x, row += channels) extendPixel(row, s, x);
+  }
+  void extendPixel(float* pixel, const Source* s, int x) const {
+    const SourceIndex source = mapIndex(x, roi_.width, rowBorder_);
+    const Source* const from = source.isBorderValue ? borderValue_ : s + ptrdiff_t{source.index} * channels;
+    for (int c = 0; c < channels; ++c) convert<F32x1>(pixel + c, from + c);
+  }
+  template <class V>
+  static void convert(float* d, const Source* s) {
+    if constexpr (loadedUnit<Source> == 1.0f)
+      loadFloats<V>(s).store(d);
+    else
+      (loadFloats<V>(s) * V::broadcast(1.0f / loadedUnit<Source>)).store(d);
+  }
+
+  View<const Source> src_;
+  OrvSizeL roi_;
+  AxisBorder rowBorder_, columnBorder_;
+  const Source* borderValue_;
+  const SeparableSpec<Coefficient>& spec_;
+  OrvPoint anchor_;
+  float reciprocal_;
+  bool exactInFloat_;
+  ChannelSums<channels> sums_;
+  float** rows_;
+};
+
+template <class Coefficient, int channels, class Source, class Dst>
+OrvStatus filterSeparable(View<const Source> src, View<Dst> dst, OrvSizeL roi, OrvBorderMode borderMode,
+                          const Source* borderValue, const void* spec, uint8_t* buffer) {
+  if (OrvStatus status = firstFailure(nullPointer(src.first, dst.first, spec, buffer), badSize(roi),
+                                      badStep<Source>(src.step, roi.width, channels),
+                                      badStep<Dst>(dst.step, roi.width, channels), badBorder(borderMode, filterBorders),
+                                      nullPointerIf(borderKind(borderMode) == orvBorderConstant, borderValue)))
+    return status;
+  const DenormalExceptionMasked masked;
+  const auto& kernels = *static_cast<const SeparableSpec<Coefficient>*>(roundUp(spec, 32));
+  SeparableFilter<Source, Dst, Coefficient, channels>{src, roi, borderMode, borderValue, kernels, buffer}.run(dst);
+  return orvStsOk;
+}
+
+}  // namespace
+
+OrvStatus orviFilterSeparableGetSpecSize_L(OrvSize kernelSize, OrvDataType dataType, int numChannels,
+                                           int32_t* specSize) {
+  if (OrvStatus status = firstFailure(badSize(kernelSize), nullPointer(specSize),
+                                      notAmong(dataType, {orvDataType16s, orvDataType32f}, orvStsBadAlgorithm),
+                                      badChannels(numChannels)))
+    return status;
+  const int coefficientBytes = dataType == orvDataType16s ? 2 : 4;
+  *specSize = 2 * (kernelSize.width + kernelSize.height) * numChannels * coefficientBytes + 127;
+  return orvStsOk;
+}
+
+OrvStatus orviFilterSeparableGetBufferSize_L(OrvSizeL roi, OrvSize kernelSize, OrvDataType dataType,
+                                             OrvDataType kernelType, int numChannels, int32_t* bufferSize) {
+  if (OrvStatus status = firstFailure(
+          badSize(roi), badSize(kernelSize), nullPointer(bufferSize),
+          notAmong(dataType, {orvDataType8u, orvDataType16u, orvDataType16s, orvDataType32f}, orvStsBadAlgorithm),
+          notAmong(kernelType, {orvDataType16s, orvDataType32f}, orvStsBadAlgorithm), badChannels(numChannels)))
+    return status;
+  const int width = kernelSize.width, height = kernelSize.height;
+  const int coefficientBytes = kernelType == orvDataType16s ? 2 : 4;
+  *bufferSize =
+      128 * width + 4 * (((roi.width + width - 1) * height + width * coefficientBytes) * numChannels + height);
+  return orvStsOk;
+}
+
+OrvStatus orviFilterSeparableInit_16s_L(const int16_t* kernelX, const int16_t* kernelY, OrvSize kernelSize, int divisor,
+                                        int roundMode, OrvDataType dataType, int numChannels, void* spec) {
+  if (OrvStatus status = firstFailure(nullPointer(kernelX, kernelY, spec), badSize(kernelSize),
+                                      notAmong(dataType, {orvDataType8u, orvDataType16s}, orvStsBadAlgorithm),
+                                      badChannels(numChannels), Check{divisor == 0, orvStsBadDivisor}))
+    return status;
+  initialise(spec, kernelX, kernelY, kernelSize, divisor, roundMode, numChannels);
+  return orvStsOk;
+}
+
+OrvStatus orviFilterSeparableInit_32f_L(const float* kernelX, const float* kernelY, OrvSize kernelSize,
+                                        OrvDataType dataType, int numChannels, void* spec) {
+  if (OrvStatus status = firstFailure(nullPointer(kernelX, kernelY, spec), badSize(kernelSize),
+                                      notAmong(dataType, {orvDataType16u, orvDataType32f}, orvStsBadAlgorithm),
+                                      badChannels(numChannels)))
+    return status;
+  initialise(spec, kernelX, kernelY, kernelSize, 1, 0, numChannels);
+  return orvStsOk;
+}
+
+#define ORV_SEPARABLE(type, channels, Source, Dst, Coefficient, BorderArgument, address)                         \
+  OrvStatus orviFilterSeparable_##type##_C##channels##R_L(                                                       \
+      const Source* src, OrvLength srcStep, Dst* dst, OrvLength dstStep, OrvSizeL roi, OrvBorderMode borderMode, \
+      BorderArgument borderValue, const void* spec, uint8_t* buffer) {                                           \
+    return filterSeparable<Coefficient, channels>(View{src, srcStep}, View{dst, dstStep}, roi, borderMode,       \
+                                                  address borderValue, spec, buffer);                            \
+  }
+#define ORV_SEPARABLES(type, Source, Dst, Coefficient)              \
+  ORV_SEPARABLE(type, 1, Source, Dst, Coefficient, Source, &)       \
+  ORV_SEPARABLE(type, 3, Source, Dst, Coefficient, const Source*, ) \
+  ORV_SEPARABLE(type, 4, Source, Dst, Coefficient, const Source*, )
+
+ORV_SEPARABLES(8u, uint8_t, uint8_t, int16_t)
+ORV_SEPARABLES(8u16s, uint8_t, int16_t, int16_t)
+ORV_SEPARABLES(16s, int16_t, int16_t, int16_t)
+ORV_SEPARABLES(16u, uint16_t, uint16_t, float)
+ORV_SEPARABLES(32f, float, float, float)
+
+}  // namespace orv
