@@ -928,8 +928,8 @@ ORV_API OrvStatus orviFilterSeparable_32f_C4R_L(const float* src, OrvLength srcS
  *                     three samples, which is read under a constant border only and not checked
  * @param spec         from Init
  * @param buffer       scratch of `bufferSize` bytes at any address
- * @return Size query: orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadArg (kernelSize below 3 or
- *   even); orvStsBadAlgorithm (dataType); orvStsBadChannels.
+ * @return Size query: orvStsNullPointer; orvStsBadSize (width or height below 1); orvStsBadArg (kernelSize, as an unsigned
+ *   number, below 3 or even); orvStsBadAlgorithm (dataType); orvStsBadChannels; what the pipelines' queries answer.
  *   Init: orvStsNullPointer; orvStsBadSize; orvStsBadArg (kernelSize 0 to 2 or even; an odd negative number passes and
  *   gives an empty kernel); orvStsBadAlgorithm; orvStsBadChannels; orvStsBadArg (sigma not above 0, or NaN);
  *   orvStsBadBorder. `buffer` must not be null but is not used.

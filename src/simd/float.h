@@ -29,6 +29,11 @@ struct F32x1 {
     std::memcpy(&sample, p, sizeof sample);
     return {_mm_cvtsi32_ss(_mm_setzero_ps(), sample)};
   }
+  static F32x1 load(const int16_t* p) {
+    int16_t sample;
+    std::memcpy(&sample, p, sizeof sample);
+    return {_mm_cvtsi32_ss(_mm_setzero_ps(), sample)};
+  }
   void store(float* p) const {
     const int32_t bits = _mm_cvtsi128_si32(_mm_castps_si128(v));
     std::memcpy(p, &bits, sizeof bits);
@@ -70,6 +75,10 @@ struct F32x8 {
     const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     return fromInts(_mm_cvtepu16_epi32(words), _mm_unpackhi_epi16(words, _mm_setzero_si128()));
   }
+  static F32x8 load(const int16_t* p) {
+    const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    return fromInts(_mm_cvtepi16_epi32(words), _mm_cvtepi16_epi32(_mm_srli_si128(words, 8)));
+  }
   void store(float* p) const { _mm256_storeu_ps(p, v); }
 };
 
@@ -85,6 +94,13 @@ inline F32x8 operator*(F32x8 a, F32x8 b) {
   return r;
 }
 inline F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
+
+/// Sums and products for which it doesn't matter which of two NaNs comes out: the compiler may commute the operands and
+/// take one of them from memory.
+inline F32x1 sumOf(F32x1 a, F32x1 b) { return {_mm_add_ss(a.v, b.v)}; }
+inline F32x8 sumOf(F32x8 a, F32x8 b) { return {_mm256_add_ps(a.v, b.v)}; }
+inline F32x1 productOf(F32x1 a, F32x1 b) { return {_mm_mul_ss(a.v, b.v)}; }
+inline F32x8 productOf(F32x8 a, F32x8 b) { return {_mm256_mul_ps(a.v, b.v)}; }
 
 /// |a - b| with the sign bit cleared, of a NaN too.
 inline F32x1 absDiff(F32x1 a, F32x1 b) { return abs(a - b); }
