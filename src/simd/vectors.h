@@ -23,6 +23,11 @@ struct VectorsOf<uint16_t> {
   using Body = U16x8;
   using Single = IntegerX1<uint16_t>;
 };
+template <>
+struct VectorsOf<int16_t> {
+  using Body = S16x8;
+  using Single = S16x1;
+};
 
 /// Calls step(V{}, x) for each vector of the row's body, two a turn, and then for each single sample of its tail.
 template <class Sample, class Step>
