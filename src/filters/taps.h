@@ -1,0 +1,102 @@
+// The fixed one-dimensional kernels. Each is a formula on a window s, where s(j) is the sample j positions after the
+// centre, along a row or down a column; the samples are vectors or single values of 16-bit integers or floats. For
+// floats the order of the operations is part of the contract.
+#pragma once
+
+#include "simd/float.h"
+#include "simd/integer.h"
+#include "simd/pair.h"
+
+namespace orv {
+
+template <int factor>
+F32x8 times(F32x8 a) {
+  return F32x8::broadcast(static_cast<float>(factor)) * a;
+}
+template <int factor>
+F32x1 times(F32x1 a) {
+  return F32x1::broadcast(static_cast<float>(factor)) * a;
+}
+
+/// Integers are multiplied by adds and shifts: the factors in use have at most two bits.
+template <int factor, class Integer>
+Integer times(Integer a) {
+  constexpr int lowBit = __builtin_ctz(factor);
+  constexpr int highBit = 31 - __builtin_clz(factor);
+  if constexpr (lowBit == highBit) {
+    return shiftLeft<lowBit>(a);
+  } else {
+    static_assert(factor == (1 << lowBit) + (1 << highBit));
+    return shiftLeft<highBit>(a) + shiftLeft<lowBit>(a);
+  }
+}
+
+template <int factor, class V>
+Pair<V> times(Pair<V> a) {
+  return {times<factor>(a.low), times<factor>(a.high)};
+}
+
+/// A window along a row of the source.
+template <class V, class Source>
+struct RowWindow {
+  const Source* centre;
+  V operator()(int offset) const { return V::load(centre + offset); }
+};
+
+/// The window's own sample, and the one after it
+struct Centre {
+  static auto apply(auto s) { return s(0); }
+};
+struct After {
+  static auto apply(auto s) { return s(1); }
+};
+
+/// 1 0 1
+struct Neighbours3 {
+  static auto apply(auto s) { return s(-1) + s(1); }
+};
+/// 1 1 1 and 1 1 1 1 1
+struct Sum3 {
+  static Pair<S16x8> apply(RowWindow<Pair<S16x8>, uint8_t> s) { return sumOfThree(s.centre - 1); }
+  static auto apply(auto s) { return (s(-1) + s(0)) + s(1); }
+};
+struct Sum5 {
+  static auto apply(auto s) { return (((s(-2) + s(-1)) + s(0)) + s(1)) + s(2); }
+};
+
+/// 1 2 1 and 1 4 6 4 1
+struct Smooth3 {
+  static auto apply(auto s) { return (s(-1) + s(1)) + times<2>(s(0)); }
+};
+struct Smooth5 {
+  static auto apply(auto s) { return ((s(-2) + s(2)) + times<4>(s(-1) + s(1))) + times<6>(s(0)); }
+};
+/// 3 10 3
+struct SmoothScharr {
+  static auto apply(auto s) { return times<3>(s(-1) + s(1)) + times<10>(s(0)); }
+};
+
+/// -1 0 1 and -1 -2 0 2 1
+struct Difference3 {
+  static auto apply(auto s) { return s(1) - s(-1); }
+};
+struct Difference5 {
+  static auto apply(auto s) { return (s(2) - s(-2)) + times<2>(s(1) - s(-1)); }
+};
+/// 1 0 -1 and 1 2 0 -2 -1
+struct NegatedDifference3 {
+  static auto apply(auto s) { return s(-1) - s(1); }
+};
+struct NegatedDifference5 {
+  static auto apply(auto s) { return (s(-2) - s(2)) + times<2>(s(-1) - s(1)); }
+};
+
+/// 1 -2 1 and 1 0 -2 0 1
+struct SecondDifference3 {
+  static auto apply(auto s) { return (s(-1) + s(1)) - times<2>(s(0)); }
+};
+struct SecondDifference5 {
+  static auto apply(auto s) { return (s(-2) + s(2)) - times<2>(s(0)); }
+};
+
+}  // namespace orv
