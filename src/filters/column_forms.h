@@ -114,39 +114,48 @@ private:
   KeptCoefficients<WordCoefficients> blockCoefficients_;
 };
 
-/// Filters whole rows. Bound by the loads and conversions of the samples: with two output rows a turn, about half of
-/// one an output and tap.
-template <int taps, class Columns, class Source, class Dst>
-void filterRowPairs(const Columns& columns, const Source* const* srcRows, View<Dst> dst, OrvSize samples) {
-  const int blocksEnd = samples.width / blockSamples * blockSamples;
-  const bool singly = taps == manyTaps || dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
-  forRowPairs(samples.height, singly, [&](auto rows, int y) {
-    const View<Dst> target{dst.row(y), dst.step};
-    const auto blocks = [&](auto vectors, int x) __attribute__((always_inline)) {
-      for (; x <= blocksEnd - 8 * vectors; x += 8 * vectors)
-        columns.template block<taps, rows, vectors>(srcRows + y, target, x);
-      return x;
-    };
-    int x = 0;
-    if constexpr (rows == 1)
-      x = blocks(std::integral_constant<int, 4>{}, x);
-    x = blocks(std::integral_constant<int, 2>{}, x);
-    for (int row = 0; x < samples.width && row < rows; ++row)
-      columns.tail(srcRows + y + row, target.row(row), x, samples.width);
-  });
+/// Filters `rows` output rows. Bound by the loads and conversions of the samples: for two output rows about half of one
+/// an output and tap.
+template <int taps, int rows, class Columns, class Source, class Dst>
+void filterRowGroup(const Columns& columns, const Source* const* srcRows, View<Dst> dst, int width) {
+  const int blocksEnd = width / blockSamples * blockSamples;
+  const auto blocks = [&](auto vectors, int x) __attribute__((always_inline)) {
+    for (; x <= blocksEnd - 8 * vectors; x += 8 * vectors) columns.template block<taps, rows, vectors>(srcRows, dst, x);
+    return x;
+  };
+  int x = 0;
+  if constexpr (rows == 1)
+    x = blocks(std::integral_constant<int, 4>{}, x);
+  x = blocks(std::integral_constant<int, 2>{}, x);
+  for (int row = 0; x < width && row < rows; ++row) columns.tail(srcRows + row, dst.row(row), x, width);
 }
 
-template <class Columns, class Source, class Dst>
-void filterColumnsWith(const Columns& columns, int taps, const Source* const* srcRows, View<Dst> dst, OrvSize samples) {
-  switch (taps) {
+/// Calls filter(taps) with the number of taps, or what stands for it, as an integral constant.
+void withTaps(int count, auto filter) {
+  switch (count) {
     case 3:
-      return filterRowPairs<3>(columns, srcRows, dst, samples);
+      return filter(std::integral_constant<int, 3>{});
     case 5:
-      return filterRowPairs<5>(columns, srcRows, dst, samples);
+      return filter(std::integral_constant<int, 5>{});
     default:
-      return taps <= keptTaps ? filterRowPairs<anyTaps>(columns, srcRows, dst, samples)
-                              : filterRowPairs<manyTaps>(columns, srcRows, dst, samples);
+      return count <= keptTaps ? filter(std::integral_constant<int, anyTaps>{})
+                               : filter(std::integral_constant<int, manyTaps>{});
   }
+}
+
+/// Filters whole rows two by two. Output rows that overlap each other are written one after the other.
+template <class Columns, class Source, class Dst>
+void filterColumnsWith(const Columns& columns, int count, const Source* const* srcRows, View<Dst> dst,
+                       OrvSize samples) {
+  withTaps(count, [&](auto taps) {
+    const bool overlapping = dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
+    int y = 0;
+    if constexpr (taps != manyTaps)
+      for (; !overlapping && y <= samples.height - 2; y += 2)
+        filterRowGroup<taps, 2>(columns, srcRows + y, View<Dst>{dst.row(y), dst.step}, samples.width);
+    for (; y < samples.height; ++y)
+      filterRowGroup<taps, 1>(columns, srcRows + y, View<Dst>{dst.row(y), dst.step}, samples.width);
+  });
 }
 
 }  // namespace orv

@@ -108,12 +108,4 @@ void sumSymmetricThree(const Source* const* srcRows, int x, const auto& coeffici
   });
 }
 
-/// Calls filter(rows, y) for output rows in pairs or singly, rows being an integral constant.
-inline void forRowPairs(int height, bool singly, auto filter) {
-  int y = 0;
-  if (!singly)
-    for (; y <= height - 2; y += 2) filter(std::integral_constant<int, 2>{}, y);
-  for (; y < height; ++y) filter(std::integral_constant<int, 1>{}, y);
-}
-
 }  // namespace orv

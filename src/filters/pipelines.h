@@ -19,6 +19,9 @@ struct RowKernel {
   int divisor = 1;  ///< not 0; without meaning for float rows
 };
 
+template <class Coefficient>
+RowKernel(const Coefficient*, int, int, int = 1) -> RowKernel<Coefficient>;
+
 /// How divisors are applied.
 inline float reciprocal(int divisor) { return 1.0f / static_cast<float>(divisor); }
 
@@ -29,11 +32,17 @@ struct ColumnKernel {
   int divisor = 1;  ///< not 0; without meaning for float rows
 };
 
+template <class Coefficient>
+ColumnKernel(const Coefficient*, int, int = 1) -> ColumnKernel<Coefficient>;
+
 template <class Sample>
 struct RowBorder {
   OrvBorderMode mode;   ///< replicate, mirror or constant, with any sides in memory, or all sides in memory
   const Sample* value;  ///< a sample per channel; read under a constant border only
 };
+
+template <class Sample>
+RowBorder(OrvBorderMode, const Sample*) -> RowBorder<Sample>;
 
 /// Filters roi.height rows of src into dstRows[0 .. roi.height - 1]; 1 or 3 channels.
 void filterRows(View<const uint8_t> src, int16_t* const* dstRows, OrvSize roi, int channels, RowKernel<int16_t> kernel,

@@ -1,6 +1,8 @@
 // Row sums of float samples with taps of their own for each interleaved channel, made in place.
 #pragma once
 
+#include <cstddef>
+
 #include "filters/filter_vectors.h"
 
 namespace orv {
@@ -44,7 +46,7 @@ struct ChannelSums {
   static constexpr int period = channels == 3 ? 3 : 1;
   static constexpr int blockVectors = channels == 3 ? 3 : 4;
 
-  static constexpr ptrdiff_t tableFloats(int taps) { return ptrdiff_t{taps} * (period * lanes); }
+  static constexpr std::ptrdiff_t tableFloats(int taps) { return std::ptrdiff_t{taps} * (period * lanes); }
 
   template <class Coefficient>
   void expand(const Coefficient* kernel) const {

@@ -83,7 +83,9 @@ public:
     for (int i = 0; i < height - 1; ++i) fillRow(rows_[i], i - anchor_.y);
     for (int y = 0; y < roi_.height; ++y) {
       fillRow(rows_[height - 1], y - anchor_.y + height - 1);
-      filterColumnsWith(columns, height, rows_, View{dst.row(y), dst.step}, {roi_.width * channels, 1});
+      withTaps(height, [&](auto taps) {
+        filterRowGroup<taps, 1>(columns, rows_, View<Dst>{dst.row(y), dst.step}, roi_.width * channels);
+      });
       std::rotate(rows_, rows_ + 1, rows_ + height);
     }
   }
