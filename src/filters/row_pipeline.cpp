@@ -64,10 +64,12 @@ auto centreLikeEdges(auto edge) {
 template <class Source, int channels>
 struct RowScratch {
   Carver carver;
-  Source* line;
+  typename EdgeLine<Source, channels>::Scratch edges;
 
   RowScratch(uint8_t* buffer, int taps)
-      : carver(buffer), line(carver.take<Source>(edgeLinePixels(taps) * static_cast<size_t>(channels))) {}
+      : carver(buffer),
+        edges{carver.take<Source>(edgeLinePixels(taps) * static_cast<size_t>(channels)),
+              carver.take<int32_t>(edgeLinePixels(taps))} {}
 
   IntegerTaps<Source, channels> integerTaps(RowKernel<int16_t> kernel) {
     const IntegerTaps<Source, channels> taps{
@@ -105,7 +107,7 @@ struct RowPass {
         scratch(buffer, kernel.size) {}
 
   void run(auto centre, auto edge) {
-    walkRows<channels>(src, dstRows, roi, window, border, scratch.line, centre, edge);
+    walkRows<channels>(src, dstRows, roi, window, border, scratch.edges, centre, edge);
   }
   void run(auto taps, auto scaling, auto edgeTaps) { run(centreOf(taps, scaling), edgeOf(edgeTaps, scaling)); }
 };

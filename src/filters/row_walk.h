@@ -7,7 +7,7 @@
 
 #include "filters/filter_vectors.h"
 #include "filters/pipelines.h"
-#include "frame/row_extension.h"
+#include "frame/border.h"
 
 namespace orv {
 
@@ -19,20 +19,63 @@ struct RowWindow {
   int taps, anchor;
 };
 
+/// The edge line of a row and where its pixels come from, which is the same for every row: worked out once a call.
+template <class Source, int channels>
+class EdgeLine {
+public:
+  /// Room for edgeLinePixels pixels and as many offsets.
+  struct Scratch {
+    Source* line;
+    int32_t* offsets;
+  };
+
+  EdgeLine(Scratch scratch, int width, RowWindow window, RowBorder<Source> border) : scratch_(scratch) {
+    const int reach = window.taps - 1;
+    if (width > reach) {
+      append(-window.anchor, reach, width, border);
+      append(width - reach, width + reach - window.anchor, width, border);
+    } else {  // a row narrower than the window lies in the line once, as a whole, between its extensions
+      append(-window.anchor, width + reach - window.anchor, width, border);
+    }
+  }
+
+  /// Takes the pixels from a row; those of a constant border stay as they are.
+  void fill(const Source* row) const {
+    for (int i = 0; i < pixels_; ++i)
+      if (scratch_.offsets[i] != borderPixel)
+        std::memcpy(scratch_.line + i * channels, row + scratch_.offsets[i], channels * sizeof(Source));
+  }
+
+  const Source* pixel(int i) const { return scratch_.line + i * channels; }
+
+private:
+  static constexpr int32_t borderPixel = std::numeric_limits<int32_t>::min();
+
+  /// The pixels first .. end - 1 of the extended row.
+  void append(int first, int end, int width, RowBorder<Source> border) {
+    for (int x = first; x < end; ++x, ++pixels_) {
+      const SourceIndex source = mapIndex(x, width, horizontalBorder(border.mode));
+      scratch_.offsets[pixels_] = source.isBorderValue ? borderPixel : source.index * channels;
+      if (source.isBorderValue)
+        std::memcpy(scratch_.line + pixels_ * channels, border.value, channels * sizeof(Source));
+    }
+  }
+
+  Scratch scratch_;
+  int pixels_ = 0;
+};
+
 /// Calls centre(source, result, samples) once a row, unless the row is narrower than the window, and edge(source) for
 /// each sample of the edges.
 template <int channels, class Source, class Result, class Centre, class Edge>
 void walkRows(View<const Source> src, Result* const* dstRows, OrvSize roi, RowWindow window, RowBorder<Source> border,
-              Source* line, Centre centre, Edge edge) {
-  const int width = roi.width;
+              typename EdgeLine<Source, channels>::Scratch scratch, Centre centre, Edge edge) {
   const int reach = window.taps - 1;
-  const int centrePixels = std::max(width - reach, 0);
-  const int leftPixels = std::min(window.anchor, width);
-  const int rightPixels = width - centrePixels - leftPixels;
-  // A row narrower than the window lies in the line once, as a whole, between its extensions.
-  const int leftLine = centrePixels > 0 ? window.anchor + reach : window.anchor + width;
-  const int rightStart = centrePixels > 0 ? width - reach : width;
-  const Source* const rightWindows = line + (centrePixels > 0 ? leftLine : leftPixels) * channels;
+  const int centrePixels = std::max(roi.width - reach, 0);
+  const int leftPixels = std::min(window.anchor, roi.width);
+  const int rightPixels = roi.width - centrePixels - leftPixels;
+  const EdgeLine<Source, channels> line{scratch, roi.width, window, border};
+  const Source* const rightWindows = line.pixel(centrePixels > 0 ? window.anchor + reach : leftPixels);
 
   const auto edges = [&](const Source* s, Result* d, int pixels) {
     for (int i = 0; i < pixels * channels; ++i) storeSample(d + i, edge(s + i));
@@ -40,15 +83,11 @@ void walkRows(View<const Source> src, Result* const* dstRows, OrvSize roi, RowWi
   for (int y = 0; y < roi.height; ++y) {
     const Source* const row = src.row(y);
     Result* const result = dstRows[y];
-    if (reach > 0) {
-      const RowExtension<Source, channels> extension{row, width, horizontalBorder(border.mode), border.value};
-      extension.copy(line, -window.anchor, leftLine);
-      extension.copy(line + leftLine * channels, rightStart, width + reach - window.anchor - rightStart);
-      edges(line, result, leftPixels);
-      edges(rightWindows, result + (leftPixels + centrePixels) * channels, rightPixels);
-    }
+    line.fill(row);
+    edges(line.pixel(0), result, leftPixels);
     if (centrePixels > 0)
       centre(row, result + leftPixels * channels, centrePixels * channels);
+    edges(rightWindows, result + (leftPixels + centrePixels) * channels, rightPixels);
   }
 }
 
