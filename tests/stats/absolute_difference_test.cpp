@@ -1,8 +1,11 @@
 // The absolute differences against their reference model.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "stats/absolute_difference_model.h"
 #include "support/cases.h"
@@ -33,41 +36,50 @@ struct Arguments {
   Value value;
 };
 
-/// The two shapes of an argument list.
-template <class Function>
-struct Member;
+/// An export as data: how to call it, what it should do, which arguments it has.
+template <class Sample, class Value>
+struct Member {
+  std::string name;
+  int channels;
+  bool twoSources;
+  std::function<OrvStatus(const Arguments<Sample, Value>&)> run;
+  std::function<void(const Arguments<Sample, Value>&)> model;
+};
 
-template <class SampleType>
-struct Member<OrvStatus(const SampleType*, int, const SampleType*, int, SampleType*, int, OrvSize)> {
-  using Sample = SampleType;
+template <class Sample>
+using DifferenceFunction = OrvStatus(const Sample*, int, const Sample*, int, Sample*, int, OrvSize);
+
+template <class Sample>
+Member<Sample, int32_t> member(std::string name, int channels, DifferenceFunction<Sample>* function) {
   using Call = Arguments<Sample, int32_t>;
-  static constexpr bool twoSources = true;
+  return {std::move(name), channels, true,
+          [function](const Call& c) {
+            return checkedCall(function, c.src1, c.src1Step, c.src2, c.src2Step, c.dst, c.dstStep, c.roi);
+          },
+          [channels](const Call& c) {
+            model::absoluteDifference(c.src1, c.src1Step, c.src2, c.src2Step, c.dst, c.dstStep,
+                                      OrvSize{c.roi.width * channels, c.roi.height});
+          }};
+}
 
-  static OrvStatus run(auto* function, const Call& c) {
-    return checkedCall(function, c.src1, c.src1Step, c.src2, c.src2Step, c.dst, c.dstStep, c.roi);
-  }
-  static void model(const Call& c, int channels) {
-    model::absoluteDifference(c.src1, c.src1Step, c.src2, c.src2Step, c.dst, c.dstStep,
-                              OrvSize{c.roi.width * channels, c.roi.height});
-  }
-};
+template <class Sample, class Value>
+using ConstantFunction = OrvStatus(const Sample*, int, Sample*, int, OrvSize, Value);
 
-template <class SampleType, class ValueType>
-struct Member<OrvStatus(const SampleType*, int, SampleType*, int, OrvSize, ValueType)> {
-  using Sample = SampleType;
-  using Call = Arguments<Sample, ValueType>;
-  static constexpr bool twoSources = false;
-
-  static OrvStatus run(auto* function, const Call& c) {
-    return checkedCall(function, c.src1, c.src1Step, c.dst, c.dstStep, c.roi, c.value);
-  }
-  static void model(const Call& c, int) {
-    if constexpr (std::is_same_v<ValueType, int32_t>)
-      model::absoluteDifference(c.src1, c.src1Step, c.dst, c.dstStep, c.roi, model::clampToSample<Sample>(c.value));
-    else
-      model::absoluteDifference(c.src1, c.src1Step, c.dst, c.dstStep, c.roi, c.value);
-  }
-};
+template <class Sample, class Value>
+Member<Sample, Value> member(std::string name, int channels, ConstantFunction<Sample, Value>* function) {
+  using Call = Arguments<Sample, Value>;
+  return {
+      std::move(name), channels, false,
+      [function](const Call& c) { return checkedCall(function, c.src1, c.src1Step, c.dst, c.dstStep, c.roi, c.value); },
+      [](const Call& c) {
+        Sample value;
+        if constexpr (std::is_floating_point_v<Sample>)
+          value = c.value;
+        else
+          value = model::clampToSample<Sample>(c.value);
+        model::absoluteDifference(c.src1, c.src1Step, c.dst, c.dstStep, c.roi, value);
+      }};
+}
 
 template <class Value>
 Value drawValue(Random& random) {
@@ -105,16 +117,15 @@ struct Images {
 
 // --------------------------------------------------------------------------------------------------- The three tests
 
-template <class Function>
-void expectModel(Function* function, int channels, const std::string& name) {
-  using Member = Member<Function>;
-  using Call = typename Member::Call;
-  forCases(name, 300, [&](Random& random) {
-    const Images<Call> images(random, drawSize(random), channels);
-    const TestImage<typename Member::Sample> expected(images.dst);
+template <class Sample, class Value>
+void expectModel(const Member<Sample, Value>& member) {
+  using Call = Arguments<Sample, Value>;
+  forCases(member.name, 300, [&](Random& random) {
+    const Images<Call> images(random, drawSize(random), member.channels);
+    const TestImage<Sample> expected(images.dst);
     // The destination may be a source.
     const int inPlace = random.below(4);
-    const auto placed = [&](const TestImage<typename Member::Sample>& result) {
+    const auto placed = [&](const TestImage<Sample>& result) {
       Call call = images.call(result);
       if (inPlace == 1)
         call.src1 = call.dst, call.src1Step = call.dstStep;
@@ -122,72 +133,69 @@ void expectModel(Function* function, int channels, const std::string& name) {
         call.src2 = call.dst, call.src2Step = call.dstStep;
       return call;
     };
-    Member::model(placed(expected), channels);
+    member.model(placed(expected));
     images.protectInputs();
-    EXPECT_EQ(orvStsOk, Member::run(function, placed(images.dst)));
+    EXPECT_EQ(orvStsOk, member.run(placed(images.dst)));
     images.dst.expectSame(expected);
   });
 }
 
-template <class Function>
-void expectChecks(Function* function, int channels, const std::string& name) {
-  using Member = Member<Function>;
-  using Sample = typename Member::Sample;
-  using Call = typename Member::Call;
-  Random random(name, 0);
+template <class Sample, class Value>
+void expectChecks(const Member<Sample, Value>& member) {
+  using Call = Arguments<Sample, Value>;
+  Random random(member.name + " checks", 0);
   const OrvSize size{9, 3};
-  const Images<Call> images(random, size, channels);
-  const int row = size.width * channels * static_cast<int>(sizeof(Sample));
+  const Images<Call> images(random, size, member.channels);
+  const int row = size.width * member.channels * static_cast<int>(sizeof(Sample));
 
-  CheckOrder<Call> order(images.call(), [&](const Call& call) { return Member::run(function, call); });
+  CheckOrder<Call> order(images.call(), member.run);
   order.watch(images.src1, images.src2, images.dst);
   order.faults = {nullFault("src1", &Call::src1), nullFault("dst", &Call::dst)};
-  if (Member::twoSources)
+  if (member.twoSources)
     order.faults.push_back(nullFault("src2", &Call::src2));
   order.faults.push_back(sizeFault("roi", &Call::roi));
   order.faults.push_back(rowTooLongFault("roi", &Call::roi));
   order.faults.push_back(stepFault("src1Step", &Call::src1Step, row));
-  if (Member::twoSources)
+  if (member.twoSources)
     order.faults.push_back(stepFault("src2Step", &Call::src2Step, row));
   order.faults.push_back(stepFault("dstStep", &Call::dstStep, row));
   if (sizeof(Sample) > 1) {
     order.faults.push_back(alignFault<Sample>("src1Step", &Call::src1Step));
-    if (Member::twoSources)
+    if (member.twoSources)
       order.faults.push_back(alignFault<Sample>("src2Step", &Call::src2Step));
     order.faults.push_back(alignFault<Sample>("dstStep", &Call::dstStep));
   }
   order.verify();
 }
 
-template <class Function>
-void expectChecksum(Function* function, int channels, const std::string& name) {
-  using Member = Member<Function>;
-  using Sample = typename Member::Sample;
-  using Call = typename Member::Call;
+template <class Sample, class Value>
+void expectChecksum(const Member<Sample, Value>& member) {
+  using Call = Arguments<Sample, Value>;
   Checksum checksum;
   const auto add = [&](const Images<Call>& images) {
-    checksum.add(Member::run(function, images.call()));
+    checksum.add(member.run(images.call()));
     checksum.add(images.dst);
   };
-  forCases(name + " checksum", 24, [&](Random& random) { add(Images<Call>(random, drawSize(random), channels)); });
+  forCases(member.name + " checksum", 24,
+           [&](Random& random) { add(Images<Call>(random, drawSize(random), member.channels)); });
 
   // A photograph and itself a little further to the right.
-  Random random(name, 1);
-  const TestImage<Sample> photo = photographImage<Sample>("chelsea.png", channels);
-  Images<Call> images(random, {photo.width() - 5, photo.height()}, channels);
+  Random random(member.name, 1);
+  const TestImage<Sample> photo = photographImage<Sample>("chelsea.png", member.channels);
+  Images<Call> images(random, {photo.width() - 5, photo.height()}, member.channels);
   images.dst.forRegion([&](int x, int y, int channel) {
     images.src1.setPixel(x, y, channel, photo.pixel(x, y, channel));
     images.src2.setPixel(x, y, channel, photo.pixel(x + 5, y, channel));
   });
   images.value = 100;
   add(images);
-  expectRecorded(name, checksum);
+  expectRecorded(member.name, checksum);
 }
 
-#define ABSOLUTE_DIFFERENCE(name, channels)                                     \
-  ORV_MODEL_TEST(name) { expectModel(name, channels, #name); }                  \
-  ORV_CHECK_ORDER_TEST(name) { expectChecks(name, channels, #name " checks"); } \
-  ORV_CHECKSUM_TEST(name) { expectChecksum(name, channels, #name); }
+#define ABSOLUTE_DIFFERENCE(name, channels)                                   \
+  ORV_MODEL_TEST(name) { expectModel(member(#name, channels, name)); }        \
+  ORV_CHECK_ORDER_TEST(name) { expectChecks(member(#name, channels, name)); } \
+  ORV_CHECKSUM_TEST(name) { expectChecksum(member(#name, channels, name)); }
 
 ABSOLUTE_DIFFERENCE(orviAbsDiff_8u_C1R, 1)
 ABSOLUTE_DIFFERENCE(orviAbsDiff_8u_C3R, 3)
@@ -277,13 +285,13 @@ TEST(AbsoluteDifference, ManyThreadsShareTheirSources) {
   using Call = Arguments<uint16_t, int32_t>;
   Random random("absolute difference threads", 0);
   const Images<Call> images(random, {333, 47}, 1);
-  using Shape = Member<decltype(orviAbsDiff_16u_C1R)>;
+  const auto difference = member("difference", 1, orviAbsDiff_16u_C1R);
   const TestImage<uint16_t> expected(images.dst);
-  Shape::model(images.call(expected), 1);
+  difference.model(images.call(expected));
   images.protectInputs();
   concurrently(4, 8, [&](int) {
     const TestImage<uint16_t> own(images.dst);
-    EXPECT_EQ(orvStsOk, Shape::run(orviAbsDiff_16u_C1R, images.call(own)));
+    EXPECT_EQ(orvStsOk, difference.run(images.call(own)));
     own.expectSame(expected);
   });
 }

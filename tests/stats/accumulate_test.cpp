@@ -1,9 +1,12 @@
 // The accumulators against their reference model.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "stats/accumulate_model.h"
 #include "support/cases.h"
@@ -38,22 +41,34 @@ struct Arguments {
   float alpha;
 };
 
-template <Family family, class SourceType, bool masked>
-struct Member {
-  using Source = SourceType;
-  using Call = Arguments<Source>;
-  static constexpr bool twoSources = family == Family::product;
-  static constexpr bool hasMask = masked;
+template <bool present, class... Values>
+auto onlyIf(Values... values) {
+  if constexpr (present)
+    return std::tuple(values...);
+  else
+    return std::tuple();
+}
 
-  static OrvStatus run(auto* function, const Call& c) {
+/// An export as data: how to call it, what it should do, which arguments it has.
+template <class Source>
+struct Member {
+  std::string name;
+  std::function<OrvStatus(const Arguments<Source>&)> run;
+  std::function<void(const Arguments<Source>&)> model;
+  bool twoSources, hasMask;
+};
+
+template <Family family, class Source, bool hasMask>
+Member<Source> member(std::string name, auto* function) {
+  constexpr bool twoSources = family == Family::product;
+  const auto run = [function](const Arguments<Source>& c) {
     return std::apply([&](auto... arguments) { return checkedCall(function, arguments...); },
                       std::tuple_cat(std::tuple(c.src1, c.src1Step), onlyIf<twoSources>(c.src2, c.src2Step),
                                      onlyIf<hasMask>(c.mask, c.maskStep), std::tuple(c.srcDst, c.srcDstStep, c.roi),
                                      onlyIf<family == Family::average>(c.alpha)));
-  }
-
-  static void model(const Call& c) {
-    const uint8_t* mask = masked ? c.mask : nullptr;
+  };
+  const auto model = [](const Arguments<Source>& c) {
+    const uint8_t* mask = hasMask ? c.mask : nullptr;
     if constexpr (family == Family::sum)
       model::accumulateSum(c.src1, c.src1Step, mask, c.maskStep, c.srcDst, c.srcDstStep, c.roi);
     else if constexpr (family == Family::square)
@@ -62,17 +77,9 @@ struct Member {
       model::accumulateProduct(c.src1, c.src1Step, c.src2, c.src2Step, mask, c.maskStep, c.srcDst, c.srcDstStep, c.roi);
     else
       model::accumulateAverage(c.src1, c.src1Step, mask, c.maskStep, c.srcDst, c.srcDstStep, c.roi, c.alpha);
-  }
-
-private:
-  template <bool present, class... Values>
-  static auto onlyIf(Values... values) {
-    if constexpr (present)
-      return std::tuple(values...);
-    else
-      return std::tuple();
-  }
-};
+  };
+  return {std::move(name), run, model, twoSources, hasMask};
+}
 
 /// The images of one call.
 template <class Source>
@@ -105,83 +112,67 @@ struct Images {
 
 // ---------------------------------------------------------------------------------------------------- The three tests
 
-template <class Member>
-void expectModel(auto* function, const std::string& name) {
-  forCases(name, 300, [&](Random& random) {
-    const Images<typename Member::Source> images(random, drawSize(random));
+template <class Source>
+void expectModel(const Member<Source>& member) {
+  forCases(member.name, 300, [&](Random& random) {
+    const Images<Source> images(random, drawSize(random));
     const TestImage<float> expected(images.srcDst);
-    Member::model(images.call(expected));
+    member.model(images.call(expected));
     images.protectInputs();
-    EXPECT_EQ(orvStsOk, Member::run(function, images.call()));
+    EXPECT_EQ(orvStsOk, member.run(images.call()));
     images.srcDst.expectSame(expected);
   });
 }
 
-template <class Member>
-void expectChecks(auto* function, const std::string& name) {
-  using Source = typename Member::Source;
-  using Call = typename Member::Call;
-  Random random(name, 0);
+template <class Source>
+void expectChecks(const Member<Source>& member) {
+  using Call = Arguments<Source>;
+  constexpr int sampleBytes = sizeof(Source);
+  Random random(member.name + " checks", 0);
   const OrvSize size{9, 3};
   const Images<Source> images(random, size);
   images.protectInputs();
 
-  const int sourceRow = size.width * static_cast<int>(sizeof(Source));
-  const int accumulatorRow = size.width * 4;
-  using Faults = std::vector<Fault<Call>>;
-  const auto onlyIf = [](bool present, Faults faults) { return present ? faults : Faults{}; };
-
-  const Faults shortSources = [&] {
-    Faults faults{stepFault("src1Step", &Call::src1Step, sourceRow), rowTooLongFault("roi", &Call::roi)};
-    if (Member::twoSources)
-      faults.push_back(stepFault("src2Step", &Call::src2Step, sourceRow));
-    return faults;
-  }();
-  const Faults unalignedSources = [&] {
-    Faults faults;
-    if (sizeof(Source) > 1)
-      faults.push_back(alignFault<Source>("src1Step", &Call::src1Step));
-    if (sizeof(Source) > 1 && Member::twoSources)
-      faults.push_back(alignFault<Source>("src2Step", &Call::src2Step));
-    return faults;
-  }();
-  const Faults shortOthers = [&] {
-    Faults faults{stepFault("srcDstStep", &Call::srcDstStep, accumulatorRow)};
-    if (Member::hasMask)
-      faults.push_back(stepFault("maskStep", &Call::maskStep, size.width));
-    return faults;
-  }();
-
-  CheckOrder<Call> order(images.call(), [&](const Call& call) { return Member::run(function, call); });
+  CheckOrder<Call> order(images.call(), member.run);
   order.watch(images.srcDst);
-  const auto append = [&](const Faults& faults) {
-    order.faults.insert(order.faults.end(), faults.begin(), faults.end());
+  const auto next = [&](bool present, Fault<Call> fault) {
+    if (present)
+      order.faults.push_back(std::move(fault));
   };
-  append({nullFault("src1", &Call::src1), nullFault("srcDst", &Call::srcDst)});
-  append(onlyIf(Member::twoSources, {nullFault("src2", &Call::src2)}));
-  append(onlyIf(Member::hasMask, {nullFault("mask", &Call::mask)}));
-  append({sizeFault("roi", &Call::roi)});
-  append(shortSources);
+  const auto unalignedSources = [&] {
+    next(sampleBytes > 1, alignFault<Source>("src1Step", &Call::src1Step));
+    next(sampleBytes > 1 && member.twoSources, alignFault<Source>("src2Step", &Call::src2Step));
+  };
+  next(true, nullFault("src1", &Call::src1));
+  next(member.twoSources, nullFault("src2", &Call::src2));
+  next(member.hasMask, nullFault("mask", &Call::mask));
+  next(true, nullFault("srcDst", &Call::srcDst));
+  next(true, sizeFault("roi", &Call::roi));
+  next(true, rowTooLongFault("roi", &Call::roi));
+  next(true, stepFault("src1Step", &Call::src1Step, size.width * sampleBytes));
+  next(member.twoSources, stepFault("src2Step", &Call::src2Step, size.width * sampleBytes));
   // Sources of 16 bits are done with before the others are looked at; else all lengths come before all alignments.
-  append(onlyIf(sizeof(Source) == 2, unalignedSources));
-  append(shortOthers);
-  append(onlyIf(sizeof(Source) != 2, unalignedSources));
-  append({alignFault<float>("srcDstStep", &Call::srcDstStep)});
+  if (sampleBytes == 2)
+    unalignedSources();
+  next(member.hasMask, stepFault("maskStep", &Call::maskStep, size.width));
+  next(true, stepFault("srcDstStep", &Call::srcDstStep, size.width * 4));
+  if (sampleBytes != 2)
+    unalignedSources();
+  next(true, alignFault<float>("srcDstStep", &Call::srcDstStep));
   order.verify();
 }
 
-template <class Member>
-void expectChecksum(auto* function, const std::string& name) {
-  using Source = typename Member::Source;
+template <class Source>
+void expectChecksum(const Member<Source>& member) {
   Checksum checksum;
   const auto add = [&](const Images<Source>& images) {
-    checksum.add(Member::run(function, images.call()));
+    checksum.add(member.run(images.call()));
     checksum.add(images.srcDst);
   };
-  forCases(name + " checksum", 24, [&](Random& random) { add(Images<Source>(random, drawSize(random))); });
+  forCases(member.name + " checksum", 24, [&](Random& random) { add(Images<Source>(random, drawSize(random))); });
 
   // A photograph onto its own mirror image, under its own bright parts.
-  Random random(name, 1);
+  Random random(member.name, 1);
   const TestImage<Source> photo = photographImage<Source>("camera.png");
   Images<Source> images(random, photo.size());
   const Photograph& camera = photograph("camera.png");
@@ -194,13 +185,13 @@ void expectChecksum(auto* function, const std::string& name) {
   });
   images.alpha = 0.05f;
   add(images);
-  expectRecorded(name, checksum);
+  expectRecorded(member.name, checksum);
 }
 
-#define ACCUMULATOR(name, family, Source, masked)                                                             \
-  ORV_MODEL_TEST(name) { expectModel<Member<Family::family, Source, masked>>(name, #name); }                  \
-  ORV_CHECK_ORDER_TEST(name) { expectChecks<Member<Family::family, Source, masked>>(name, #name " checks"); } \
-  ORV_CHECKSUM_TEST(name) { expectChecksum<Member<Family::family, Source, masked>>(name, #name); }
+#define ACCUMULATOR(name, family, Source, hasMask)                                                   \
+  ORV_MODEL_TEST(name) { expectModel(member<Family::family, Source, hasMask>(#name, name)); }        \
+  ORV_CHECK_ORDER_TEST(name) { expectChecks(member<Family::family, Source, hasMask>(#name, name)); } \
+  ORV_CHECKSUM_TEST(name) { expectChecksum(member<Family::family, Source, hasMask>(#name, name)); }
 
 ACCUMULATOR(orviAdd_8u32f_C1IR, sum, uint8_t, false)
 ACCUMULATOR(orviAdd_16u32f_C1IR, sum, uint16_t, false)
@@ -427,13 +418,13 @@ TEST(Accumulate, ManyThreadsShareTheirSources) {
   constexpr int threads = 4;
   Random random("accumulate threads", 0);
   const Images<uint8_t> images(random, {333, 47});
-  using Masked = Member<Family::average, uint8_t, true>;
+  const auto masked = member<Family::average, uint8_t, true>("masked average", orviAddWeighted_8u32f_C1IMR);
   const TestImage<float> expected(images.srcDst);
-  Masked::model(images.call(expected));
+  masked.model(images.call(expected));
   images.protectInputs();
   concurrently(threads, 8, [&](int) {
     const TestImage<float> own(images.srcDst);
-    EXPECT_EQ(orvStsOk, Masked::run(orviAddWeighted_8u32f_C1IMR, images.call(own)));
+    EXPECT_EQ(orvStsOk, masked.run(images.call(own)));
     own.expectSame(expected);
   });
 }
