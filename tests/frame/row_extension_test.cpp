@@ -1,0 +1,131 @@
+// Rows extended beyond their ends, against the index mapping pixel by pixel.
+#include "frame/row_extension.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "frame/border_model.h"
+#include "support/cases.h"
+#include "support/image.h"
+
+namespace orvtest {
+namespace {
+
+constexpr int reach = 40;  // how far an operation looks beyond the row
+
+/// A row whose neighbours exist only where the word says so: everything else is an inaccessible page or a canary.
+template <class Sample, int channels>
+struct ExtendedRow {
+  int word;
+  TestImage<Sample> row;
+  GuardedBlock borderValue;
+
+  ExtendedRow(Random& random, int width)
+      : word(random.oneIn(8) ? orvBorderMemAll
+                             : random.pick<int>({orvBorderReplicate, orvBorderMirror, orvBorderConstant}) |
+                                   (random.below(16) << 4)),
+        row(drawImage<Sample>(random, "row", {width, 1},
+                              {.channels = channels,
+                               .margins = {.left = (word & orvBorderMemLeft) != 0 ? reach : 0,
+                                           .right = (word & orvBorderMemRight) != 0 ? reach : 0}})),
+        borderValue("borderValue", channels * static_cast<int>(sizeof(Sample)), random) {
+    borderValue.fill(random);
+  }
+
+  orv::RowExtension<Sample, channels> extension() const {
+    const bool constant = word % 16 == orvBorderConstant;
+    return {row.data(), row.width(), orv::horizontalBorder(word), constant ? borderValue.as<Sample>() : nullptr};
+  }
+
+  /// The pixels first .. first + count - 1 of the extended row.
+  std::vector<BitsOf<Sample>> expected(int first, int count) const {
+    std::vector<BitsOf<Sample>> pixels;
+    for (int x = first; x < first + count; ++x) {
+      const model::AxisIndex source = model::mapColumn(x, row.width(), word);
+      for (int channel = 0; channel < channels; ++channel)
+        pixels.push_back(source.constant ? load(borderValue.as<BitsOf<Sample>>() + channel)
+                                         : row.bits(source.index, 0, channel));
+    }
+    return pixels;
+  }
+};
+
+template <class Sample, int channels>
+class Line {
+public:
+  explicit Line(int count) : count_(count), samples_("line", count * pixelBytes) { samples_.fill(0xA5); }
+
+  Sample* data() const { return samples_.template as<Sample>(); }
+
+  void expectSame(const std::vector<BitsOf<Sample>>& expected) const {
+    const auto* bits = samples_.template as<BitsOf<Sample>>();
+    for (int i = 0; i < count_ * channels; ++i)
+      ASSERT_EQ(+expected[static_cast<size_t>(i)], +bits[i])
+          << "pixel " << i / channels << ", channel " << i % channels;
+  }
+
+private:
+  static constexpr int pixelBytes = channels * static_cast<int>(sizeof(Sample));
+  int count_;
+  GuardedBlock samples_;
+};
+
+template <class Sample, int channels>
+void expectModel(const std::string& name) {
+  forCases(name, 400, [](Random& random) {
+    const int width = random.oneIn(2) ? random.between(1, 5) : random.between(1, 70);
+    const ExtendedRow<Sample, channels> row(random, width);
+    row.row.protectReadOnly();
+    row.borderValue.protectReadOnly();
+    SCOPED_TRACE(testing::Message() << "word " << row.word << ", width " << width);
+
+    // Any stretch: before, inside, after, across either end or both.
+    const int first = random.between(-reach, width + reach - 1);
+    const int count = random.between(1, std::min(width + reach - first, 2 * reach + width));
+    const Line<Sample, channels> stretch(count);
+    row.extension().copy(stretch.data(), first, count);
+    stretch.expectSame(row.expected(first, count));
+
+    const int edge = random.between(1, reach);
+    const Line<Sample, channels> left(edge), right(edge);
+    row.extension().left(left.data(), edge);
+    left.expectSame(row.expected(-edge, edge));
+    row.extension().right(right.data(), edge);
+    right.expectSame(row.expected(width, edge));
+  });
+}
+
+#define ROW_EXTENSION(Sample)                               \
+  TEST(RowExtension, Of_##Sample) {                         \
+    expectModel<Sample, 1>("row extension " #Sample " C1"); \
+    expectModel<Sample, 3>("row extension " #Sample " C3"); \
+    expectModel<Sample, 4>("row extension " #Sample " C4"); \
+  }
+
+ROW_EXTENSION(uint8_t)
+ROW_EXTENSION(uint16_t)
+ROW_EXTENSION(int16_t)
+ROW_EXTENSION(float)
+
+TEST(RowExtension, NothingIsWrittenForNoPixels) {
+  const uint8_t row[] = {1, 2, 3};
+  const orv::RowExtension<uint8_t, 1> extension{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr};
+  extension.left(nullptr, 0);
+  uint8_t untouched = 77;
+  extension.copy(&untouched, 1, 0);
+  extension.right(&untouched, 0);
+  EXPECT_EQ(77, untouched);
+}
+
+TEST(RowExtension, MirrorByHand) {
+  const uint8_t row[] = {1, 2, 3};
+  std::vector<uint8_t> line(9);
+  orv::RowExtension<uint8_t, 1>{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr}.copy(line.data(), -3, 9);
+  EXPECT_EQ((std::vector<uint8_t>{2, 3, 2, 1, 2, 3, 2, 1, 2}), line);
+}
+
+}  // namespace
+}  // namespace orvtest
