@@ -134,7 +134,7 @@ uint8_t* bytesOf(auto* samples) { return reinterpret_cast<uint8_t*>(samples); }
 
 template <class Sample, int channels>
 void expectModel(auto* function, int kind, const std::string& name) {
-  forCases(name, 150, [&](Random& random) {
+  forCases(name, 80, [&](Random& random) {
     const Images<Sample, channels> images(random, drawSize(random));
     const TestImage<Sample> expected(images.dst);
     model::copyWithBorder(images.geometry(kind), bytesOf(images.src.data()), images.src.step(),
@@ -149,7 +149,7 @@ void expectModel(auto* function, int kind, const std::string& name) {
 /// not looked at.
 template <class Sample, int channels>
 void expectModelInPlace(auto* function, int kind, const std::string& name, bool misleadingSource = false) {
-  forCases(name, 150, [&](Random& random) {
+  forCases(name, 80, [&](Random& random) {
     const Images<Sample, channels> images(random, drawSize(random));
     const TestImage<Sample> expected(images.dst);
     model::borderInPlace(images.geometry(kind), bytesOf(images.sourceIn(expected)), expected.step());
