@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "frame/border_copy_model.h"
@@ -233,11 +236,11 @@ void expectChecksWhenPassedOn(auto* function, const std::string& name) {
 }
 
 // Each type's tests run its three channel counts, with and without _L.
-#define FOR_MEMBERS(EACH, function, type, Sample, layout)                                                 \
-  EACH(function##_##type##_C1##layout, Sample, 1)                                                         \
-  EACH(function##_##type##_C1##layout##_L, Sample, 1) EACH(function##_##type##_C3##layout, Sample, 3)     \
-      EACH(function##_##type##_C3##layout##_L, Sample, 3) EACH(function##_##type##_C4##layout, Sample, 4) \
-          EACH(function##_##type##_C4##layout##_L, Sample, 4)
+#define FOR_MEMBERS(EACH, function, type, Sample, layout)                                             \
+  EACH(function##_##type##_C1##layout, Sample, 1)                                                     \
+  EACH(function##_##type##_C1##layout##_L, Sample, 1)                                                 \
+  EACH(function##_##type##_C3##layout, Sample, 3) EACH(function##_##type##_C3##layout##_L, Sample, 3) \
+      EACH(function##_##type##_C4##layout, Sample, 4) EACH(function##_##type##_C4##layout##_L, Sample, 4)
 
 #define CONST_MEMBER(name, Sample, channels)                                                          \
   TEST(BorderCopyModel, name) { expectModel<Sample, channels>(orv::name, orvBorderConstant, #name); } \

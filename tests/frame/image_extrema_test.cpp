@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "support/cases.h"
 #include "support/check_order.h"
@@ -111,7 +111,7 @@ void expectEveryPlace(const Members<Sample>& members) {
   TestImage<Sample> image("src", {.size = size, .channels = channels, .stepPadding = sizeof(Sample)});
   const Sample low = std::numeric_limits<Sample>::lowest(), high = std::numeric_limits<Sample>::max();
   for (const Sample outlier : {low, high})
-    for (int place = 0; place < size.width * size.height; place += 1) {
+    for (int place = 0; place < size.width * size.height; ++place) {
       image.protectWritable();
       image.fillWith(static_cast<Sample>(100));
       const int channel = place % channels;
