@@ -138,6 +138,10 @@ show 'The pixels that a mask selects' stats photos/camera.png --mask out/disc.pg
 show 'How far a photograph is from its average with another one' \
   compare photos/astronaut.png out/double-exposure.png
 
+section 'Filters' 'Beyond the edges of a picture lie its edge pixels, its reflection, or a constant.'
+show 'A Gaussian of four pixels' blur photos/astronaut.png --sigma 4 -o out/blur.png
+show 'What a Gaussian takes away, three times as strong' diff photos/astronaut.png out/blur.png --gain 3 -o out/detail.png
+
 section 'What moves in front of a fixed camera' \
   '48 noisy frames of a disc that crosses a scene. Their average is the background; what differs from it moves.'
 build/release/examples/background_average out/frames

@@ -10,5 +10,6 @@ extern const Command diffCommand;
 extern const Command averageCommand;
 extern const Command statsCommand;
 extern const Command compareCommand;
+extern const Command blurCommand;
 
 }  // namespace tool

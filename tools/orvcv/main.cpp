@@ -11,7 +11,7 @@ namespace {
 constexpr int exitRefused = 2;
 
 const Command* const commands[] = {
-    &infoCommand, &diffCommand, &compareCommand, &statsCommand, &averageCommand,
+    &infoCommand, &diffCommand, &compareCommand, &statsCommand, &averageCommand, &blurCommand,
 };
 
 const Option commonOptions[] = {
