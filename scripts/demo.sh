@@ -141,6 +141,11 @@ show 'How far a photograph is from its average with another one' \
 section 'Filters' 'Beyond the edges of a picture lie its edge pixels, its reflection, or a constant.'
 show 'A Gaussian of four pixels' blur photos/astronaut.png --sigma 4 -o out/blur.png
 show 'What a Gaussian takes away, three times as strong' diff photos/astronaut.png out/blur.png --gain 3 -o out/detail.png
+show 'The edges of a colour photograph' gradient photos/astronaut.png --gain 1.5 -o out/gradient.png
+show 'The second derivative; middle gray is zero' laplacian photos/camera.png -o out/laplacian.png
+show 'The mean of 5 x 5 pixels' lowpass photos/chelsea.png --size 5 -o out/lowpass.png
+show 'Any separable kernel: here relief, lit from the left' \
+  filter photos/camera.png --row 1,1,0,-1,-1 --column 1,2,1 --divisor 8 --offset 128 -o out/relief.png
 
 section 'What moves in front of a fixed camera' \
   '48 noisy frames of a disc that crosses a scene. Their average is the background; what differs from it moves.'

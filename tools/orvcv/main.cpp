@@ -11,7 +11,8 @@ namespace {
 constexpr int exitRefused = 2;
 
 const Command* const commands[] = {
-    &infoCommand, &diffCommand, &compareCommand, &statsCommand, &averageCommand, &blurCommand,
+    &infoCommand, &diffCommand,   &compareCommand,   &statsCommand,   &averageCommand,
+    &blurCommand, &filterCommand, &laplacianCommand, &lowpassCommand, &gradientCommand,
 };
 
 const Option commonOptions[] = {
