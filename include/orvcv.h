@@ -605,11 +605,13 @@ ORV_API OrvStatus orviMinMaxIndx_32f_C3CMR(const float* src, int srcStep, const 
  *     8u16s    the integer sum as float, times recip; centre: rounded, saturated; edges: clamped, truncated to zero.
  *     16s      K 3, 5: if |k[0]| + |k[1]| + ... is below 65535, as 8u16s; otherwise the float sum of
  *              (k[j] * recip) * s; centre: clamped, rounded; edges: clamped, truncated. The centre adds mirrored
- *              samples first where the kernel is symmetric: (s0 + s2) * k0 + s1 * k1, and ((s0 + s4) * k0 + (s1 + s3) *
- * k1) + s2 * k2, with k scaled. Other K: edges as 8u16s, whatever the kernel. Centre: with W - K of 15 or less the
- * float sum of (k[j] * recip) * s, clamped and truncated; otherwise as 8u16s if the magnitudes sum up below 65535 and
+ *              samples first where the kernel is symmetric: (s0 + s2) * k0 + s1 * k1, and
+ *              ((s0 + s4) * k0 + (s1 + s3) * k1) + s2 * k2, with k scaled.
+ *              Other K: edges as 8u16s, whatever the kernel. Centre: with W - K of 15 or less the float sum of
+ *              (k[j] * recip) * s, clamped and truncated; otherwise as 8u16s if the magnitudes sum up below 65535 and
  *              no coefficient is -32768, else the float sum of (k[j] * recip) * s, clamped and rounded. W and K in
- * pixels. 16u      the float sum of k[j] * s, times recip, clamped to 0 .. 65535; centre: rounded; edges: truncated.
+ *              pixels.
+ *     16u      the float sum of k[j] * s, times recip, clamped to 0 .. 65535; centre: rounded; edges: truncated.
  *     32f      the float sum.
  *     _Low 16s scale = trunc(16384.0f / divisor), 16 bits. Centre: the sum wraps to 16 bits at every step; sum * scale,
  *              shifted right by 14 with its sign, saturated to 16 bits. Edges: the sum has 32 bits, sum * scale wraps
@@ -624,11 +626,12 @@ ORV_API OrvStatus orviMinMaxIndx_32f_C3CMR(const float* src, int srcStep, const 
  *     16s, 16s8u, 16s8s
  *              blocks: the float sum of (k[j] * recip) * s, clamped to -32768 .. 32767, rounded, saturated. For K 3
  *              with k[0] = k[2] the sum is k0 * (s0 + s2) + k1 * s1 with k scaled. Tail: the float sum of k[j] * s,
- * each product rounded to float, times recip, clamped to the destination type, truncated. 16u      the float sum of
- * k[j] * s, times recip, clamped to 0 .. 65535; blocks: rounded; tail: truncated. 32f      the float sum. _Low 16s
- * blocks as the centre, the tail as the edges of the row form. But with K 5, k[0] = k[4], k[1] = k[3], divisor 16 and
- * roi.height 3 or more the whole rows, tails too, are the sum wrapped to 16 bits and shifted right by 4 with its sign,
- * except the last row of an odd number of rows.
+ *              each product rounded to float, times recip, clamped to the destination type, truncated.
+ *     16u      the float sum of k[j] * s, times recip, clamped to 0 .. 65535; blocks: rounded; tail: truncated.
+ *     32f      the float sum.
+ *     _Low 16s blocks as the centre, the tail as the edges of the row form. But with K 5, k[0] = k[4], k[1] = k[3],
+ *              divisor 16 and roi.height 3 or more the whole rows, tails too, are the sum wrapped to 16 bits and
+ *              shifted right by 4 with its sign, except the last row of an odd number of rows.
  *
  * @param src            the source image of `roi` pixels (row pipelines)
  * @param dstRows        roi.height pointers to rows of W * C samples that are written
@@ -1157,7 +1160,8 @@ ORV_API OrvStatus orviFilterSobelCrossBorder_32f_C1R(const float* src, int srcSt
  *     norm 1, L1        8u: ((a + b + c) * 1365 + 2048) >> 12        32f: (|a| + |b|) + |c|, not divided by 3
  *                       16u: ((a + b + c) * 5461 + 8192) >> 14
  *     norm 2, L2        8u, 16u: sqrt(float(a*a + b*b + c*c) / 3.0f) rounded to nearest even; the sum of squares is
- * exact and rounds once, to float 32f: sqrt(((a*a + b*b) + c*c) / 3.0f)
+ *                       exact and rounds once, to float
+ *                       32f: sqrt(((a*a + b*b) + c*c) / 3.0f)
  *
  * The maximum of floats is that of "x > y ? x : y" applied as max(max(|a|, |b|), |c|): where one of the two is a NaN
  * the second is taken.
