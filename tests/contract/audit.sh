@@ -12,6 +12,7 @@ usage: audit.sh exports LIBRARY LIST        the exported names are those of LIST
                                             but the system library; with LIBRARY-NAME also orvGetMaxCacheSizeB from there
        audit.sh sections LIBRARY            no writable data, no start-up code, hardened layout
        audit.sh instructions LIBRARY        nothing beyond AVX, no fused multiply-add, no x87 arithmetic
+       audit.sh stack LIBRARY               implementations align the stack themselves before they use it for vectors
        audit.sh entries LIBRARY LIST        every export is a bare jump through the next slot of one table
        audit.sh sizes LIBRARY               prints bytes of code and constants by symbol; never fails
 The compiler is $CC, else cc.
@@ -135,6 +136,26 @@ auditInstructions() { # library
   echo "$count instructions"
 }
 
+# Callers may align their stack to 4 bytes only. Implementations of exports take no vectors, so that what they keep
+# aligned on the stack is there by their own doing. Functions further in may rely on that.
+auditStack() { # library
+  local name checked=0
+  objdump -d --no-show-raw-insn "$1" | awk '
+    function finish() { if (name != "") print name, (uses && !aligns ? "unaligned" : "fine") }
+    /^[0-9a-f]+ <.*>:$/ { finish(); name = $2; gsub(/[<>:]/, "", name); uses = aligns = 0
+                          if (name !~ /^_ZN3orv[0-9]+orv(i|s|cv)/) name = "" }
+    name == ""          { next }
+    /\tand[l]? +\$0xffffff[0-9a-f]+,%esp/ { aligns = 1 }
+    /\tv?mov(ap[sd]|dqa|ntp[sd]|ntdqa?) / && /(\(%esp|-0x[0-9a-f]+\(%ebp)/ { uses = 1 }
+    END                 { finish() }' >"$work/stack"
+  while read -r name verdict; do
+    checked=$((checked + 1))
+    [ "$verdict" = fine ] || fault "$name keeps vectors on a stack that it has not aligned"
+  done <"$work/stack"
+  [ $checked -gt 0 ] || fault "no implementations found (is the library stripped?)"
+  echo "$checked implementations"
+}
+
 auditEntries() { # library list
   local name size first second third target code thunk= slot next=
   nm -D --defined-only --format=posix "$1" | awk '{ print $1, $4 }' >"$work/sizes"
@@ -192,6 +213,7 @@ case $command in
   imports) auditImports "$@" ;;
   sections) auditSections "$@" ;;
   instructions) auditInstructions "$@" ;;
+  stack) auditStack "$@" ;;
   entries) auditEntries "$@" ;;
   sizes) nm --print-size --size-sort --reverse-sort -C "$1" ;;
   -h | --help) usage ;;

@@ -154,6 +154,19 @@ fistpll (%eax)
 fldcw (%eax)
 END
 
+# Vectors on the stack.
+implementation() { # output instructions
+  build "$1" "__asm__(\".text\\n.type _ZN3orv5orviFEv, @function\\n_ZN3orv5orviFEv: $2\\nret\\n.section .note.GNU-stack,\\\"\\\",@progbits\\n\");"
+}
+implementation spills.so 'sub $16, %esp\nvmovaps %xmm0, (%esp)\nadd $16, %esp'
+catches "_ZN3orv5orviFEv keeps vectors" "a spill to an unaligned stack" stack spills.so
+implementation frame.so 'vmovdqa %xmm0, -0x18(%ebp)'
+catches "_ZN3orv5orviFEv keeps vectors" "a spill to an unaligned frame" stack frame.so
+implementation aligns.so 'and $0xffffffe0, %esp\nvmovaps %ymm0, (%esp)'
+accepts "a spill to a stack that was aligned" stack aligns.so
+implementation unaligned.so 'vmovups %xmm0, (%esp)'
+accepts "an unaligned spill" stack unaligned.so
+
 # Forwarding entries: two good ones, then one part replaced.
 entries() { # output address-finder first-entry second-entry
   printf '%s\n' ".text" "finder: $2" ".globl orvFirst" ".type orvFirst, @function" "orvFirst: $3" \
