@@ -30,53 +30,62 @@ constexpr uint32_t ringRowBytes(int width, int channels) {
 /// A row of pixels with its extension on both sides fits a ring row and 12 bytes a tap.
 constexpr uint32_t extensionBytes(int kernelSize) { return 12 * static_cast<uint32_t>(kernelSize); }
 
-// The passes. Results come from 16 samples at a time, bound by the loads of 2 * radius + 1 rows.
+// The passes. Each makes 16 or 32 results at a time, bound by loads and arithmetic alike.
 using RowPass = void (*)(const float* half, int radius, const float* line, float* out, int count);
 
 template <int channels, class Kernel>
 void filterLine(const float* half, int radius, const float* line, float* out, int count) {
   const Kernel kernel(half, radius);
   const ShiftedLine<channels> rows{line};
-  coverRow(
-      count, F32x16::lanes, [&](int x) { kernel.sum16(rows, x).store(out + x); },
-      [&](int x) { kernel.sum1(rows, x).store(out + x); });
+  int x = 0;
+  if constexpr (requires { Kernel::taps; }) {
+    using Window = LineWindow<channels, Kernel::taps>;
+    const int samples = count + channels * (Kernel::taps - 1);
+    for (; x <= samples - Window::samples; x += F32x16::lanes) kernel.sum(Window(line + x)).store(out + x);
+  }
+  coverRow<F32x16>(
+      x, count, [&](int at) { kernel.template sum<F32x16>(rows, at).store(out + at); },
+      [&](int at) { kernel.template sum<F32x1>(rows, at).store(out + at); });
 }
 
 template <class Sample>
 using ColumnPass = void (*)(const float* half, int radius, const float* const* rows, Sample* dst, int count);
 
-/// The rows under the taps of a kernel; of a kernel of known size, in registers as far as they go.
 template <class Kernel>
-struct TapRows {
-  const float* const* rows;
-  const float* operator[](int tap) const { return rows[tap]; }
-};
-template <int radius>
-struct TapRows<FixedKernel<radius>> {
-  explicit TapRows(const float* const* source) { std::memcpy(rows, source, sizeof rows); }
-  const float* rows[2 * radius + 1];
-  const float* operator[](int tap) const { return rows[tap]; }
-};
+auto rowsOf(const float* const* ring) {
+  if constexpr (requires { Kernel::taps; })
+    return FixedRows<Kernel::taps>(ring);
+  else
+    return SeparateRows{ring};
+}
 
 /// Stores that pass the cache need aligned addresses: from the second block on they are, but for the last block.
-template <class Sample, class Kernel, class Store>
-void filterDown(const float* half, int radius, const float* const* ring, Sample* dst, int count) {
+template <class V, class Store, class Kernel, class Sample>
+void filterDownBy(const float* half, int radius, const float* const* ring, Sample* dst, int count) {
   const Kernel kernel(half, radius);
-  const TapRows<Kernel> rows{ring};
+  const auto rows = rowsOf<Kernel>(ring);
   constexpr bool streaming = std::is_same_v<Store, StreamingStore>;
   constexpr uintptr_t alignment = std::min(F32x16::lanes * sizeof(Sample), sizeof(__m256));
-  const auto misplaced = [dst](int x) { return -reinterpret_cast<uintptr_t>(dst + x) % alignment; };
-  const bool alignable = misplaced(0) != 0 && misplaced(0) % sizeof(Sample) == 0;
-  const int second = streaming && alignable ? static_cast<int>(misplaced(0) / sizeof(Sample)) : F32x16::lanes;
-  coverRow(
-      count, second,
+  const auto beyondAligned = [dst](int x) { return reinterpret_cast<uintptr_t>(dst + x) % alignment; };
+  const bool alignable = beyondAligned(0) % sizeof(Sample) == 0;
+  coverRow<V>(
+      streaming && alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0, count,
       [&](int x) {
-        if (!streaming || misplaced(x) == 0)
-          storeRounded<Store>(dst + x, kernel.sum16(rows, x));
+        const V sum = kernel.template sum<V>(rows, x);
+        if (!streaming || beyondAligned(x) == 0)
+          storeRounded<Store>(dst + x, sum);
         else
-          storeRounded<CachedStore>(dst + x, kernel.sum16(rows, x));
+          storeRounded<CachedStore>(dst + x, sum);
       },
-      [&](int x) { storeRounded(dst + x, kernel.sum1(rows, x)); });
+      [&](int x) { storeRounded(dst + x, kernel.template sum<F32x1>(rows, x)); });
+}
+
+template <class Sample, class Kernel, class Store>
+void filterDown(const float* half, int radius, const float* const* ring, Sample* dst, int count) {
+  if (count < Kernel::Widest::lanes)
+    filterDownBy<F32x16, CachedStore, Kernel>(half, radius, ring, dst, count);
+  else
+    filterDownBy<typename Kernel::Widest, Store, Kernel>(half, radius, ring, dst, count);
 }
 
 /// The instantiation of a pass for a kernel size: 3, 5 and 7 taps have their own.
@@ -109,8 +118,8 @@ ColumnPass<Sample> columnPassOf(int radius) {
 
 template <class Sample>
 void convertToFloat(const Sample* src, float* dst, int count) {
-  coverRow(
-      count, F32x16::lanes, [&](int x) { F32x16::load(src + x).store(dst + x); },
+  coverRow<F32x16>(
+      0, count, [&](int x) { F32x16::load(src + x).store(dst + x); },
       [&](int x) { F32x1::load(src + x).store(dst + x); });
 }
 

@@ -1,4 +1,4 @@
-// Float vectors stored as samples: rounded to nearest even and saturated to the sample type, 16 samples at a time or one.
+// Float vectors stored as samples: rounded to nearest even and saturated to the sample type, 16 or 32 samples at a time or one.
 // A float that no 32-bit integer can hold, or a NaN, counts as the most negative integer.
 #pragma once
 
@@ -6,24 +6,33 @@
 
 namespace orv {
 
-/// Two vectors of 8 samples side by side.
-struct F32x16 {
-  static constexpr int lanes = 16;
-  F32x8 low, high;
+/// Two vectors side by side.
+template <class V>
+struct Twice {
+  static constexpr int lanes = 2 * V::lanes;
+  V low, high;
 
-  static F32x16 broadcast(float value) { return {F32x8::broadcast(value), F32x8::broadcast(value)}; }
+  static Twice broadcast(float value) { return {V::broadcast(value), V::broadcast(value)}; }
   template <class Sample>
-  static F32x16 load(const Sample* p) {
-    return {F32x8::load(p), F32x8::load(p + F32x8::lanes)};
+  static Twice load(const Sample* p) {
+    return {V::load(p), V::load(p + V::lanes)};
   }
   void store(float* p) const {
     low.store(p);
-    high.store(p + F32x8::lanes);
+    high.store(p + V::lanes);
   }
 };
+using F32x16 = Twice<F32x8>;
+using F32x32 = Twice<F32x16>;
 
-inline F32x16 sumOf(F32x16 a, F32x16 b) { return {sumOf(a.low, b.low), sumOf(a.high, b.high)}; }
-inline F32x16 productOf(F32x16 a, F32x16 b) { return {productOf(a.low, b.low), productOf(a.high, b.high)}; }
+template <class V>
+Twice<V> sumOf(Twice<V> a, Twice<V> b) {
+  return {sumOf(a.low, b.low), sumOf(a.high, b.high)};
+}
+template <class V>
+Twice<V> productOf(Twice<V> a, Twice<V> b) {
+  return {productOf(a.low, b.low), productOf(a.high, b.high)};
+}
 
 /// Rounds, and packs to the signed or unsigned 16-bit range.
 inline __m128i roundToS16(F32x8 a) {
@@ -63,6 +72,12 @@ template <class Store>
 void storeRounded(float* p, F32x16 a) {
   Store::store(p, a.low);
   Store::store(p + F32x8::lanes, a.high);
+}
+
+template <class Store, class Sample>
+void storeRounded(Sample* p, F32x32 a) {
+  storeRounded<Store>(p, a.low);
+  storeRounded<Store>(p + F32x16::lanes, a.high);
 }
 
 /// The lowest sample of a rounded vector.
