@@ -20,12 +20,12 @@
 #include <tuple>
 #include <utility>
 
-#include "filters/pipeline_sizes.h"
 #include "filters/row_groups.h"
 #include "filters/taps.h"
 #include "frame/blocks.h"
 #include "frame/border.h"
 #include "frame/checks.h"
+#include "frame/declarations.h"
 #include "frame/views.h"
 
 namespace orv {
@@ -76,26 +76,32 @@ struct ColumnWindow {
   }
 };
 
-/// Scratch of a filter with the given number of planes; `mask` is valid. The contract grants each plane a band of 21 or
-/// 25 rows; the ring, the row of constants and the rows of the gradient vectors take 17 of them at most.
-template <class Source>
-constexpr int twoStageBufferSize(int planes, int width, OrvMaskCode mask) {
-  const auto w = static_cast<uint32_t>(width);
-  const uint32_t taps = mask == orvMask3x3 ? 3 : 5;
-  const uint32_t bandRows = mask == orvMask3x3 ? 21 : 25;
-  const uint32_t rowBytes = (w + 15) / 16 * 16 * sizeof(typename StageOf<Source>::Sample);
-  const uint32_t bands = static_cast<uint32_t>(planes) * (rowBytes * bandRows + 12 * taps + 88) + 160;
-  if constexpr (std::is_same_v<Source, float>)
-    return static_cast<int>(bands + rowPipelineSize_32f_C1(taps) + columnPipelineSize_32f(taps));
-  else
-    return static_cast<int>(bands + rowPipelineSize_8u16s_C1(taps) + columnPipelineSize_16s_C1(w));
+/// The sizes of the row and the column pipeline whose work the two stages do.
+inline uint32_t pipelineSizes(uint8_t, OrvSize roi, int taps) {
+  int row = 0, column = 0;
+  orviFilterRowBorderPipelineGetBufferSize_8u16s_C1R(roi, taps, &row);
+  orviFilterColumnPipelineGetBufferSize_16s_C1R(roi, taps, &column);
+  return static_cast<uint32_t>(row) + static_cast<uint32_t>(column);
+}
+inline uint32_t pipelineSizes(float, OrvSize roi, int taps) {
+  int row = 0, column = 0;
+  orviFilterRowBorderPipelineGetBufferSize_32f_C1R(roi, taps, &row);
+  orviFilterColumnPipelineGetBufferSize_32f_C1R(roi, taps, &column);
+  return static_cast<uint32_t>(row) + static_cast<uint32_t>(column);
 }
 
+/// Scratch of a filter with the given number of planes. The contract grants each plane a band of 21 or 25 rows; the ring,
+/// the row of constants and the rows of the gradient vectors take 17 of them at most.
 template <class Source>
 OrvStatus twoStageBufferSizeQuery(int planes, OrvSize roi, OrvMaskCode mask, int* bufferSize) {
   if (OrvStatus status = firstFailure(nullPointer(bufferSize), badSize(roi), badMaskCode(mask)))
     return status;
-  *bufferSize = twoStageBufferSize<Source>(planes, roi.width, mask);
+  const uint32_t taps = mask == orvMask3x3 ? 3 : 5;
+  const uint32_t bandRows = mask == orvMask3x3 ? 21 : 25;
+  const uint32_t rowBytes =
+      (static_cast<uint32_t>(roi.width) + 15) / 16 * 16 * sizeof(typename StageOf<Source>::Sample);
+  const uint32_t bands = static_cast<uint32_t>(planes) * (rowBytes * bandRows + 12 * taps + 88) + 160;
+  *bufferSize = static_cast<int>(bands + pipelineSizes(Source{}, roi, static_cast<int>(taps)));
   return orvStsOk;
 }
 
