@@ -22,7 +22,10 @@ struct ImageView {
   }
 };
 
+/// 1 in the centre, also where the square of a tiny sigma is zero.
 inline float gaussianTap(float distance, float sigma) {
+  if (distance == 0)
+    return 1.0f;
   const float exponent = -(distance * distance) / ((sigma + sigma) * sigma);
   return static_cast<float>(std::exp(static_cast<double>(exponent)));
 }
