@@ -1128,7 +1128,7 @@ ORV_API OrvStatus orviFilterSobelCrossGetBufferSize_32f_C1R(OrvSize roi, OrvMask
  * @param borderValue  used by kind orvBorderConstant alone
  * @param buffer       scratch of the size that the query above returns, at any address
  * @return orvStsNullPointer (`src`, `dst`, `buffer`); orvStsBadSize (width or height below 1); orvStsBadStep (a step
- * below its row length); orvStsStepNotAligned (the step of a 16-bit `dst` odd; float rows lie anywhere); orvStsBadBorder
+ * below its row length); orvStsStepNotAligned (the step of a 16-bit `dst` odd; floats lie anywhere); orvStsBadBorder
  * (a word above 255 or negative, or one that is neither 240 nor of kind 1, 3 or 6); orvStsBadMaskCode.
  * @{
  */
