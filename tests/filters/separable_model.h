@@ -27,14 +27,13 @@ struct SeparableKernels {
   }
 };
 
-/// The row stage of one sample: as the row pipeline, but left as a float. 16-bit samples under large kernels take
-/// coefficients that hold the reciprocal already.
+/// The row stage of one sample, left as a float. The sum of integers is exact and rounds once, whatever the kernel.
 template <class Sample, class Tap>
 float separableRowSum(const std::vector<Sample>& s, const std::vector<Tap>& taps, int divisor) {
   if constexpr (std::is_same_v<Tap, float>) {
     return floatSum(s, taps.data());
   } else {
-    return static_cast<float>(low32(integerSum(s, taps.data()))) * reciprocal(divisor);
+    return static_cast<float>(integerSum(s, taps.data())) * reciprocal(divisor);
   }
 }
 
