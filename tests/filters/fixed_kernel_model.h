@@ -98,6 +98,26 @@ inline std::vector<double> sobelPolynomial(int size, int dx, int sign) {
   return coefficients;
 }
 
+/// The same list pass by pass, in the arithmetic of the entries.
+template <class Entry>
+std::vector<Entry> sobelPasses(int size, int dx, int sign) {
+  std::vector<Entry> k(static_cast<size_t>(size));
+  k.back() = 1;
+  const auto at = [&](int t) -> Entry& { return k[static_cast<size_t>(t)]; };
+  const auto kept = [](auto value) {
+    if constexpr (std::is_same_v<Entry, float>)
+      return value;
+    else
+      return low16(value);
+  };
+  for (int p = 0; p < size - 1 - dx; ++p)
+    for (int t = size - 2 - p; t <= size - 2; ++t) at(t) = kept(at(t) + at(t + 1));
+  for (int q = dx; q >= 1; --q)
+    for (int t = q - 1; t <= size - 2; ++t) at(t) = kept(at(t) - at(t + 1));
+  for (Entry& entry : k) entry = sign < 0 ? kept(-entry) : entry;
+  return k;
+}
+
 inline uint8_t colorToGray(uint8_t a, uint8_t b, uint8_t c, int norm) {
   if (norm == 0)
     return std::max({a, b, c});
@@ -115,8 +135,9 @@ inline uint16_t colorToGray(uint16_t a, uint16_t b, uint16_t c, int norm) {
   return static_cast<uint16_t>(std::min(std::nearbyint(std::sqrt(static_cast<float>(squares) / 3.0f)), 65535.0f));
 }
 inline float colorToGray(float a, float b, float c, int norm) {
+  const auto larger = [](float x, float y) { return x > y ? x : y; };
   if (norm == 0)
-    return std::max(std::max(std::fabs(a), std::fabs(b)), std::fabs(c));
+    return larger(larger(std::fabs(a), std::fabs(b)), std::fabs(c));
   if (norm == 1)
     return (std::fabs(a) + std::fabs(b)) + std::fabs(c);
   return std::sqrt(((a * a + b * b) + c * c) / 3.0f);
