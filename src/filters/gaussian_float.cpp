@@ -30,62 +30,68 @@ constexpr uint32_t ringRowBytes(int width, int channels) {
 /// A row of pixels with its extension on both sides fits a ring row and 12 bytes a tap.
 constexpr uint32_t extensionBytes(int kernelSize) { return 12 * static_cast<uint32_t>(kernelSize); }
 
-// The passes. Each makes 16 or 32 results at a time, bound by loads and arithmetic alike.
-using RowPass = void (*)(const float* half, int radius, const float* line, float* out, int count);
+/// Rows are filtered in whole blocks of so many samples; ring rows have room for the excess.
+constexpr int blockLanes = 16;
+static_assert(blockLanes * sizeof(float) == blockAlignment);
 
-template <int channels, class Kernel>
-void filterLine(const float* half, int radius, const float* line, float* out, int count) {
-  const Kernel kernel(half, radius);
-  const ShiftedLine<channels> rows{line};
-  int x = 0;
-  if constexpr (requires { Kernel::taps; }) {
-    using Window = LineWindow<channels, Kernel::taps>;
-    const int samples = count + channels * (Kernel::taps - 1);
-    for (; x <= samples - Window::samples; x += F32x16::lanes) kernel.sum(Window(line + x)).store(out + x);
+// The passes, bound by loads and arithmetic alike.
+using RowPass = void (*)(const float* half, int radius, const float* line, float* out, int blocks);
+
+/// The taps of a short kernel and its window fit the registers.
+template <int channels, int radius>
+void filterLineByWindow(const float* half, int, const float* line, float* out, int blocks) {
+  const FixedKernel<radius> kernel(half);
+  for (; blocks > 0; --blocks, line += blockLanes, out += blockLanes) {
+    const LineWindow<channels, kernel.taps> window(line);
+    kernel.template sum<0>(window).store(out);
+    kernel.template sum<F32x8::lanes>(window).store(out + F32x8::lanes);
   }
-  coverRow<F32x16>(
-      x, count, [&](int at) { kernel.template sum<F32x16>(rows, at).store(out + at); },
-      [&](int at) { kernel.template sum<F32x1>(rows, at).store(out + at); });
+}
+
+template <int channels>
+void filterLineByTaps(const float* half, int radius, const float* line, float* out, int blocks) {
+  const auto filter = [&]<class V>(V) __attribute__((always_inline)) {
+    symmetricSum<V>(half, radius, [line](int tap) { return line + tap * channels; }).store(out);
+    line += V::lanes;
+    out += V::lanes;
+  };
+  for (; blocks > 1; blocks -= 2) filter(F32x32{});
+  if (blocks > 0)
+    filter(F32x16{});
 }
 
 template <class Sample>
 using ColumnPass = void (*)(const float* half, int radius, const float* const* rows, Sample* dst, int count);
 
-template <class Kernel>
-auto rowsOf(const float* const* ring) {
-  if constexpr (requires { Kernel::taps; })
-    return FixedRows<Kernel::taps>(ring);
-  else
-    return SeparateRows{ring};
-}
-
 /// Stores that pass the cache need aligned addresses: from the second block on they are, but for the last block.
-template <class V, class Store, class Kernel, class Sample>
-void filterDownBy(const float* half, int radius, const float* const* ring, Sample* dst, int count) {
-  const Kernel kernel(half, radius);
-  const auto rows = rowsOf<Kernel>(ring);
-  constexpr bool streaming = std::is_same_v<Store, StreamingStore>;
-  constexpr uintptr_t alignment = std::min(F32x16::lanes * sizeof(Sample), sizeof(__m256));
-  const auto beyondAligned = [dst](int x) { return reinterpret_cast<uintptr_t>(dst + x) % alignment; };
-  const bool alignable = beyondAligned(0) % sizeof(Sample) == 0;
-  coverRow<V>(
-      streaming && alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0, count,
-      [&](int x) {
-        const V sum = kernel.template sum<V>(rows, x);
-        if (!streaming || beyondAligned(x) == 0)
-          storeRounded<Store>(dst + x, sum);
-        else
-          storeRounded<CachedStore>(dst + x, sum);
-      },
-      [&](int x) { storeRounded(dst + x, kernel.template sum<F32x1>(rows, x)); });
-}
-
-template <class Sample, class Kernel, class Store>
-void filterDown(const float* half, int radius, const float* const* ring, Sample* dst, int count) {
-  if (count < Kernel::Widest::lanes)
-    filterDownBy<F32x16, CachedStore, Kernel>(half, radius, ring, dst, count);
-  else
-    filterDownBy<typename Kernel::Widest, Store, Kernel>(half, radius, ring, dst, count);
+template <class Sample, class Store, class Radius>
+void filterDown(const float* half, int anyRadius, const float* const* ring, Sample* dst, int count) {
+  Radius radius{};
+  if constexpr (std::is_same_v<Radius, int>)
+    radius = anyRadius;
+  const auto filter = [&]<class V, class Kind>(V, Kind, int x, Sample* out) __attribute__((always_inline)) {
+    storeRounded<Kind>(out, symmetricSum<V>(half, radius, [=](int tap) { return ring[tap] + x; }));
+  };
+  constexpr int lanes = F32x32::lanes;
+  if (count < blockLanes) {
+    Sample block[blockLanes];
+    filter(F32x16{}, CachedStore{}, 0, block);
+    std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
+  } else if (count < lanes) {
+    coverRow<blockLanes>(0, count, [&](int x) { filter(F32x16{}, CachedStore{}, x, dst + x); });
+  } else if constexpr (std::is_same_v<Store, CachedStore>) {
+    coverRow<lanes>(0, count, [&](int x) { filter(F32x32{}, Store{}, x, dst + x); });
+  } else {
+    constexpr uintptr_t alignment = std::min(lanes * sizeof(Sample), sizeof(__m256));
+    const auto beyondAligned = [dst](int x) { return reinterpret_cast<uintptr_t>(dst + x) % alignment; };
+    const bool alignable = beyondAligned(0) % sizeof(Sample) == 0;
+    coverRow<lanes>(alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0, count, [&](int x) {
+      if (beyondAligned(x) == 0)
+        filter(F32x32{}, Store{}, x, dst + x);
+      else
+        filter(F32x32{}, CachedStore{}, x, dst + x);
+    });
+  }
 }
 
 /// The instantiation of a pass for a kernel size: 3, 5 and 7 taps have their own.
@@ -93,34 +99,35 @@ template <int channels>
 RowPass rowPassOf(int radius) {
   switch (radius) {
     case 1:
-      return filterLine<channels, FixedKernel<1>>;
+      return filterLineByWindow<channels, 1>;
     case 2:
-      return filterLine<channels, FixedKernel<2>>;
+      return filterLineByWindow<channels, 2>;
     case 3:
-      return filterLine<channels, FixedKernel<3>>;
+      return filterLineByWindow<channels, 3>;
     default:
-      return filterLine<channels, AnyKernel>;
+      return filterLineByTaps<channels>;
   }
 }
 template <class Sample, class Store>
 ColumnPass<Sample> columnPassOf(int radius) {
   switch (radius) {
     case 1:
-      return filterDown<Sample, FixedKernel<1>, Store>;
+      return filterDown<Sample, Store, Constant<1>>;
     case 2:
-      return filterDown<Sample, FixedKernel<2>, Store>;
+      return filterDown<Sample, Store, Constant<2>>;
     case 3:
-      return filterDown<Sample, FixedKernel<3>, Store>;
+      return filterDown<Sample, Store, Constant<3>>;
     default:
-      return filterDown<Sample, AnyKernel, Store>;
+      return filterDown<Sample, Store, int>;
   }
 }
 
 template <class Sample>
 void convertToFloat(const Sample* src, float* dst, int count) {
-  coverRow<F32x16>(
-      0, count, [&](int x) { F32x16::load(src + x).store(dst + x); },
-      [&](int x) { F32x1::load(src + x).store(dst + x); });
+  if (count < F32x16::lanes)
+    for (int x = 0; x < count; ++x) F32x1::load(src + x).store(dst + x);
+  else
+    coverRow<F32x16::lanes>(0, count, [&](int x) { F32x16::load(src + x).store(dst + x); });
 }
 
 template <class Sample, int channels>
@@ -194,7 +201,7 @@ private:
   }
 
   void filterPixels(const float* line, float* out, int pixels) const {
-    rowPass_(half_, radius_, line, out, pixels * channels);
+    rowPass_(half_, radius_, line, out, (pixels * channels + blockLanes - 1) / blockLanes);
   }
 
   /// The row and its extension, converted.
@@ -203,33 +210,49 @@ private:
     const int after = horizontal_.hi ? radius_ : 0;
     float* const first = line_ + radius_ * channels;
     convertToFloat(row - before * channels, first - before * channels, (before + roi_.width + after) * channels);
-    const RowExtension<float, channels> extension{first, roi_.width, horizontal_, borderValue_};
-    if (!horizontal_.lo)
-      extension.left(line_, radius_);
-    if (!horizontal_.hi)
-      extension.right(first + rowSamples(), radius_);
+    extend(first);
     filterPixels(line_, out, roi_.width);
   }
 
-  /// Floats are filtered where they lie; the ends of the row, a vector or more long, in an extended copy.
+  /// Both ends of the line, as far as they are not in memory. The rule of the usual case, a row longer than the radius,
+  /// needs no mapping of each pixel.
+  void extend(float* first) const {
+    const RowExtension<float, channels> extension{first, roi_.width, horizontal_, borderValue_};
+    const bool constant = horizontal_.kind == orvBorderConstant;
+    float* const last = first + rowSamples() - channels;
+    const auto extendBy = [&](float* end, int outwards) {
+      const int inwards = horizontal_.kind == orvBorderMirror ? -outwards : 0;
+      for (int i = 1; i <= radius_; ++i) {
+        const float* const source = constant ? borderValue_ : end + i * inwards;
+        for (int c = 0; c < channels; ++c) end[i * outwards + c] = source[c];
+      }
+    };
+    const bool simple = radius_ < roi_.width;
+    if (!horizontal_.lo)
+      simple ? extendBy(first, -channels) : extension.left(line_, radius_);
+    if (!horizontal_.hi)
+      simple ? extendBy(last, channels) : extension.right(last + channels, radius_);
+  }
+
+  /// Floats are filtered where they lie, as far as whole blocks see no other samples; the ends of the row in an
+  /// extended copy. The parts start at multiples of a block, for their excess to stay within the ring row.
   void filterFloats(const float* row, float* out) const {
     const RowExtension<float, channels> extension{row, roi_.width, horizontal_, borderValue_};
-    const int end = std::max(radius_, F32x16::lanes);
-    const int left = horizontal_.lo ? 0 : end;
-    const int right = horizontal_.hi ? 0 : end;
     const auto filterEnd = [&](int x, int pixels) {
       extension.copy(line_, x - radius_, pixels + 2 * radius_);
       filterPixels(line_, out + x * channels, pixels);
     };
-    if (roi_.width < left + right) {
+    const int left = horizontal_.lo ? 0 : roundUp(radius_, blockLanes);
+    const int right = F32x8::lanes + (horizontal_.hi ? 0 : radius_);
+    const int inside = (roi_.width - left - right) / blockLanes * blockLanes;
+    if (inside <= 0) {
       filterEnd(0, roi_.width);
       return;
     }
     if (left > 0)
       filterEnd(0, left);
-    filterPixels(row + (left - radius_) * channels, out + left * channels, roi_.width - left - right);
-    if (right > 0)
-      filterEnd(roi_.width - right, right);
+    filterPixels(row + (left - radius_) * channels, out + left * channels, inside);
+    filterEnd(left + inside, roi_.width - left - inside);
   }
 
   /// The pointers to the ring rows take the place of the line, which is not in use by then.

@@ -59,6 +59,7 @@ struct F32x8 {
   __m256 v;
 
   static F32x8 broadcast(float value) { return {_mm256_set1_ps(value)}; }
+  static F32x8 broadcast(const float* p) { return {_mm256_broadcast_ss(p)}; }
   static F32x8 zero() { return {_mm256_setzero_ps()}; }
   static F32x8 fromHalves(__m128 low, __m128 high) {
     return {_mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1)};
@@ -68,8 +69,7 @@ struct F32x8 {
   }
   static F32x8 load(const float* p) { return {_mm256_loadu_ps(p)}; }
   static F32x8 load(const uint8_t* p) {
-    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-    return fromInts(_mm_cvtepu8_epi32(bytes), _mm_cvtepu8_epi32(_mm_srli_si128(bytes, 4)));
+    return fromInts(_mm_cvtepu8_epi32(_mm_loadu_si32(p)), _mm_cvtepu8_epi32(_mm_loadu_si32(p + 4)));
   }
   static F32x8 load(const uint16_t* p) {
     const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));

@@ -12,7 +12,10 @@ struct Twice {
   static constexpr int lanes = 2 * V::lanes;
   V low, high;
 
-  static Twice broadcast(float value) { return {V::broadcast(value), V::broadcast(value)}; }
+  static Twice broadcast(const float* p) {
+    const V half = V::broadcast(p);
+    return {half, half};
+  }
   template <class Sample>
   static Twice load(const Sample* p) {
     return {V::load(p), V::load(p + V::lanes)};
