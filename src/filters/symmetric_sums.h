@@ -17,14 +17,23 @@ namespace orv {
 template <int value>
 using Constant = std::integral_constant<int, value>;
 
+/// sum += tap * (before + after), one vector after the other: 32 sums, the tap and a term just fit the registers.
+[[gnu::always_inline]] inline void addPair(F32x8& sum, F32x8 tap, const float* before, const float* after) {
+  sum = sumOf(sum, productOf(tap, sumOf(F32x8::load(before), F32x8::load(after))));
+}
+template <class V>
+[[gnu::always_inline]] inline void addPair(Twice<V>& sum, F32x8 tap, const float* before, const float* after) {
+  addPair(sum.low, tap, before, after);
+  addPair(sum.high, tap, before + V::lanes, after + V::lanes);
+}
+
 /// The sums of a block of samples, held in registers while the taps go by. at(tap) is the first sample of the block in
 /// the row under the tap; a radius that is a Constant does without the loop.
 template <class V>
 [[gnu::always_inline]] inline V symmetricSum(const float* half, auto radius, auto at) {
-  const auto product = [half](int i, V samples) { return productOf(V::broadcast(half + i), samples); };
-  V sum = product(0, sumOf(V::load(at(0)), V::load(at(2 * radius))));
-  for (int i = 1; i < radius; ++i) sum = sumOf(sum, product(i, sumOf(V::load(at(i)), V::load(at(2 * radius - i)))));
-  return sumOf(sum, product(radius, V::load(at(radius))));
+  V sum = productOf(V::broadcast(half), sumOf(V::load(at(0)), V::load(at(2 * radius))));
+  for (int i = 1; i < radius; ++i) addPair(sum, F32x8::broadcast(half + i), at(i), at(2 * radius - i));
+  return sumOf(sum, productOf(V::broadcast(half + radius), V::load(at(radius))));
 }
 
 /// What the taps of 16 outputs of a line read, in registers; x is 0 or 8.
