@@ -204,7 +204,7 @@ private:
     rowPass_(half_, radius_, line, out, (pixels * channels + blockLanes - 1) / blockLanes);
   }
 
-  /// The row and its extension, converted.
+  /// The row and its extension, converted or at least copied.
   void filterConverted(const Sample* row, float* out) const {
     const int before = horizontal_.lo ? radius_ : 0;
     const int after = horizontal_.hi ? radius_ : 0;
@@ -246,7 +246,7 @@ private:
     const int right = F32x8::lanes + (horizontal_.hi ? 0 : radius_);
     const int inside = (roi_.width - left - right) / blockLanes * blockLanes;
     if (inside <= 0) {
-      filterEnd(0, roi_.width);
+      filterConverted(row, out);
       return;
     }
     if (left > 0)
