@@ -73,8 +73,8 @@ constexpr uint32_t ringRowSamples(int width, int kernelSize, int channels) {
          ~7u;
 }
 
-/// Two filtered rows of one tap's worth of the kernel never share a place: a band of `bandRows` rows sees
-/// bandRows + kernelSize - 1 of them.
+/// A band of `bandRows` rows, an even number because columns are filtered two rows at a time, sees
+/// bandRows + kernelSize - 1 filtered rows, which never share a place in the ring.
 template <class Sample, int channels>
 class GaussianBands {
   using Row = typename Form<Sample>::Row;
@@ -88,8 +88,8 @@ public:
     radius_ = kernelSize_ / 2;
     borderMode_ = spec.borderMode;
     vertical_ = verticalBorder(borderMode_);
-    bandRows_ = std::min(roi.height, kernelSize_);
-    ringRows_ = bandRows_ + kernelSize_;
+    bandRows_ = std::min(roi.height, kernelSize_ + 1);
+    ringRows_ = bandRows_ + kernelSize_ - 1;
 
     const auto taps = static_cast<size_t>(kernelSize_);
     const size_t rowSamples = ringRowSamples(roi.width, kernelSize_, channels);

@@ -107,10 +107,10 @@ template <int taps, int channels, class V, int vectors, class Source, class Coef
     const V coefficient = V::broadcast(coefficients[j]);
     const Source* const p = s + j * channels;
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      add(sums[i], coefficient * loadSamples<V>(p + V::lanes * i));
+      add(sums[i], productOf(coefficient, loadSamples<V>(p + V::lanes * i)));
     });
   };
-  const auto addTo = [](V & sum, V product) __attribute__((always_inline)) { sum = sum + product; };
+  const auto addTo = [](V & sum, V product) __attribute__((always_inline)) { sum = sumOf(sum, product); };
   products(
       0, [](V & sum, V product) __attribute__((always_inline)) { sum = product; });
   if constexpr (taps != 0)
@@ -164,13 +164,13 @@ struct SymmetricFloatTaps : FloatTaps<Source, channels> {
 
   template <int taps, bool wideBlock>
   Sums sum(const Source* s) const {
-    return {{sumOf<F32x8>(s)}};
+    return {{foldedSum<F32x8>(s)}};
   }
-  F32x1 single(const Source* s) const { return sumOf<F32x1>(s); }
+  F32x1 single(const Source* s) const { return foldedSum<F32x1>(s); }
 
 private:
   template <class V>
-  V sumOf(const Source* s) const {
+  V foldedSum(const Source* s) const {
     const auto sample = [&](int j) { return loadFloats<V>(s + j * channels); };
     const auto tap = [&](int j) { return V::broadcast(this->coefficients[j]); };
     const int last = this->count - 1;
