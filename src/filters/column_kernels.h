@@ -48,9 +48,9 @@ enum class Term { none, first, further };
 template <Term term, class V>
 [[gnu::always_inline]] inline void addTerm(V& sum, const auto& coefficients, int j, V samples) {
   if constexpr (term == Term::first)
-    sum = productOf(V::broadcast(coefficients[j]), samples);
+    sum = V::broadcast(coefficients[j]) * samples;
   else if constexpr (term == Term::further)
-    sum = sumOf(sum, productOf(V::broadcast(coefficients[j]), samples));
+    sum = sum + V::broadcast(coefficients[j]) * samples;
 }
 
 /// Sums down `count` rows from sample x on, in the order of the taps and starting with the first product, for output

@@ -109,7 +109,7 @@ __m128i packBytes(__m128i low, __m128i high) {
 
 /// Stores 8 or 16 floats as samples: clamped to the range of the type and rounded; floats as they are.
 template <Rounding rounding, class Sample, int vectors>
-void storeNarrowed(const F32x8 (&values)[vectors], Sample* p) {
+[[gnu::always_inline]] inline void storeNarrowed(const F32x8 (&values)[vectors], Sample* p) {
   if constexpr (std::is_same_v<Sample, float>) {
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) { values[i].store(p + 8 * i); });
   } else if constexpr (sizeof(Sample) == 2) {

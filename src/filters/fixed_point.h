@@ -29,8 +29,8 @@ struct Wrapping16x8 {
   static Wrapping16x8 broadcast(WordPair pair) { return {_mm_castps_si128(_mm_set1_ps(pair.bits))}; }
   static Wrapping16x8 load(const int16_t* p) { return {load128(p)}; }
 };
-inline Wrapping16x8 sumOf(Wrapping16x8 a, Wrapping16x8 b) { return {_mm_add_epi16(a.v, b.v)}; }
-inline Wrapping16x8 productOf(Wrapping16x8 a, Wrapping16x8 b) { return {_mm_mullo_epi16(a.v, b.v)}; }
+inline Wrapping16x8 operator+(Wrapping16x8 a, Wrapping16x8 b) { return {_mm_add_epi16(a.v, b.v)}; }
+inline Wrapping16x8 operator*(Wrapping16x8 a, Wrapping16x8 b) { return {_mm_mullo_epi16(a.v, b.v)}; }
 
 /// One 32-bit integer whose sums and products wrap; its low half is what 16-bit sums hold.
 struct Wrapping32x1 {
@@ -41,8 +41,14 @@ struct Wrapping32x1 {
   static Wrapping32x1 broadcast(WordPair pair) { return of(static_cast<int16_t>(std::bit_cast<uint32_t>(pair.bits))); }
   static Wrapping32x1 load(const int16_t* p) { return of(loadSample(p)); }
 };
-inline Wrapping32x1 sumOf(Wrapping32x1 a, Wrapping32x1 b) { return {a.v + b.v}; }
-inline Wrapping32x1 productOf(Wrapping32x1 a, Wrapping32x1 b) { return {a.v * b.v}; }
+inline Wrapping32x1 operator+(Wrapping32x1 a, Wrapping32x1 b) { return {a.v + b.v}; }
+inline Wrapping32x1 operator*(Wrapping32x1 a, Wrapping32x1 b) { return {a.v * b.v}; }
+
+/// Integers add and multiply alike in either order.
+template <class V>
+requires std::is_same_v<V, Wrapping16x8> || std::is_same_v<V, Wrapping32x1> V sumOf(V a, V b) { return a + b; }
+template <class V>
+requires std::is_same_v<V, Wrapping16x8> || std::is_same_v<V, Wrapping32x1> V productOf(V a, V b) { return a * b; }
 
 /// A fixed-point factor of 14 fractional bits. The centre multiplies the sum's low 16 bits and saturates; the edges
 /// multiply the whole sum and keep the product's low bits: the two differ, by design, when the sum leaves 16 bits.

@@ -235,7 +235,8 @@ struct Scaled {
   template <int vectors>
   [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Result* d) const {
     F32x8 scaled[vectors];
-    unrolled<vectors>([&](auto i) __attribute__((always_inline)) { scaled[i] = sums[i] * F32x8::broadcast(factor); });
+    unrolled<vectors>([&](auto i)
+                          __attribute__((always_inline)) { scaled[i] = productOf(sums[i], F32x8::broadcast(factor)); });
     storeNarrowed<centreRounding>(scaled, d);
   }
 

@@ -126,8 +126,8 @@ float magnitudeOf(RowKernel<int16_t> kernel) {
 template <int channels>
 class ConvertedCentre {
 public:
-  static bool serves(RowKernel<int16_t> kernel) {
-    return kernel.size <= longest && magnitudeOf(kernel) * 255.0f <= 0x1p24f;
+  static bool serves(RowKernel<int16_t> kernel, int width) {
+    return kernel.size <= longest && width >= narrowest && magnitudeOf(kernel) * 255.0f <= 0x1p24f;
   }
 
   ConvertedCentre(RowKernel<int16_t> kernel, Scaled<int16_t> scaling) : count_(kernel.size), scaling_(scaling) {
@@ -145,6 +145,7 @@ public:
 
 private:
   static constexpr int longest = 31;
+  static constexpr int narrowest = 64;
   static constexpr int stretch = 1024;
 
   void convert(const uint8_t* s, int samples) {
@@ -163,7 +164,7 @@ template <int channels>
 void filterForm(RowPass<channels, uint8_t, int16_t> pass, RowKernel<int16_t> kernel) {
   const auto taps = pass.scratch.integerTaps(kernel);
   const Scaled<int16_t> scaling{reciprocal(kernel.divisor)};
-  if (ConvertedCentre<channels>::serves(kernel)) {
+  if (ConvertedCentre<channels>::serves(kernel, pass.roi.width)) {
     ConvertedCentre<channels> centre{kernel, scaling};
     pass.run(std::ref(centre), edgeOf(taps, scaling));
   } else {

@@ -11,8 +11,8 @@ namespace orv {
 struct FloatSum {
   F32x8 sum;
 
-  void start(F32x8 coefficients, F32x8 samples) { sum = productOf(coefficients, samples); }
-  void add(F32x8 coefficients, F32x8 samples) { sum = sumOf(sum, productOf(coefficients, samples)); }
+  void start(F32x8 coefficients, F32x8 samples) { sum = coefficients * samples; }
+  void add(F32x8 coefficients, F32x8 samples) { sum = sum + coefficients * samples; }
   F32x8 result() const { return sum; }
 };
 
