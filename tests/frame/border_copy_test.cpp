@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -65,6 +66,10 @@ OrvStatus run(OrvStatus (*function)(Sample*, int, Size, Size, int, int), const A
   return checkedCall(function, c.dst, c.dstStep, sizeFor<Size>(c.srcRoi), sizeFor<Size>(c.dstRoi), c.top, c.left);
 }
 
+/// A member, whatever its signature.
+template <class Sample>
+using Run = std::function<OrvStatus(const Arguments<Sample>&)>;
+
 // ----------------------------------------------------------------------------------------------------------- Geometry
 
 /// Borders of all widths: none, around the sizes at which fills change, wider than the reflection's period.
@@ -96,15 +101,17 @@ TestImage<Sample> drawUnalignedImage(Random& random, std::string name, OrvSize s
   return image;
 }
 
-template <class Sample, int channels>
+template <class Sample>
 struct Images {
+  int channels;
   TestImage<Sample> src;
   int top, left;
   TestImage<Sample> dst;
   GuardedBlock value;
 
-  Images(Random& random, OrvSize srcSize)
-      : src(drawUnalignedImage<Sample>(random, "src", srcSize, channels)),
+  Images(Random& random, OrvSize srcSize, int channelCount)
+      : channels(channelCount),
+        src(drawUnalignedImage<Sample>(random, "src", srcSize, channels)),
         top(drawBorder(random, srcSize.height)),
         left(drawBorder(random, srcSize.width)),
         dst(drawUnalignedImage<Sample>(random, "dst",
@@ -135,25 +142,26 @@ uint8_t* bytesOf(auto* samples) { return reinterpret_cast<uint8_t*>(samples); }
 
 // ---------------------------------------------------------------------------------------------------------- The tests
 
-template <class Sample, int channels>
-void expectModel(auto* function, int kind, const std::string& name) {
+template <class Sample>
+void expectModel(const Run<Sample>& run, int channels, int kind, const std::string& name) {
   forCases(name, 80, [&](Random& random) {
-    const Images<Sample, channels> images(random, drawSize(random));
+    const Images<Sample> images(random, drawSize(random), channels);
     const TestImage<Sample> expected(images.dst);
     model::copyWithBorder(images.geometry(kind), bytesOf(images.src.data()), images.src.step(),
                           bytesOf(expected.data()), expected.step(), images.value.data());
     images.src.protectReadOnly();
-    EXPECT_EQ(orvStsOk, run(function, images.call()));
+    EXPECT_EQ(orvStsOk, run(images.call()));
     images.dst.expectSame(expected);
   });
 }
 
 /// `misleadingSource`: the member is no in-place one, but is called with src equal to dst, when the source's step is
 /// not looked at.
-template <class Sample, int channels>
-void expectModelInPlace(auto* function, int kind, const std::string& name, bool misleadingSource = false) {
+template <class Sample>
+void expectModelInPlace(const Run<Sample>& run, int channels, int kind, const std::string& name,
+                        bool misleadingSource = false) {
   forCases(name, 80, [&](Random& random) {
-    const Images<Sample, channels> images(random, drawSize(random));
+    const Images<Sample> images(random, drawSize(random), channels);
     const TestImage<Sample> expected(images.dst);
     model::borderInPlace(images.geometry(kind), bytesOf(images.sourceIn(expected)), expected.step());
     Arguments<Sample> call = images.call();
@@ -162,7 +170,7 @@ void expectModelInPlace(auto* function, int kind, const std::string& name, bool 
       call.src = call.dst;
       call.srcStep = random.pick({call.dstStep, call.dstStep + 8, 1, 0, -1, INT32_MIN, INT32_MAX});
     }
-    EXPECT_EQ(orvStsOk, run(function, call));
+    EXPECT_EQ(orvStsOk, run(call));
     images.dst.expectSame(expected);
   });
 }
@@ -187,18 +195,16 @@ std::vector<Fault<Arguments<Sample>>> geometryFaults() {
   return faults;
 }
 
-template <class Sample, int channels>
-void expectChecks(auto* function, const std::string& name, bool inPlace, bool valuePointer) {
+template <class Sample>
+void expectChecks(const Run<Sample>& run, int channels, const std::string& name, bool inPlace, bool valuePointer) {
   using Call = Arguments<Sample>;
   Random random(name, 0);
-  const Images<Sample, channels> images(random, {9, 3});
+  const Images<Sample> images(random, {9, 3}, channels);
   images.src.protectReadOnly();
-  CheckOrder<Call> order(images.call(), [&](const Call& call) { return run(function, call); });
-  if (inPlace) {
-    Call call = images.call();
-    call.dst = images.sourceIn(images.dst);
-    order = CheckOrder<Call>(call, [&](const Call& c) { return run(function, c); });
-  }
+  Call valid = images.call();
+  if (inPlace)
+    valid.dst = images.sourceIn(images.dst);
+  CheckOrder<Call> order(valid, run);
   order.watch(images.dst);
   const auto badStep = [](const char* key, int Call::*step) {
     return valueFault(key, step, {0, -1, -64, INT32_MIN}, orvStsBadStep);
@@ -216,17 +222,17 @@ void expectChecks(auto* function, const std::string& name, bool inPlace, bool va
 }
 
 /// With src equal to dst the checks are those of the in-place form: src and its step are out of the game.
-template <class Sample, int channels>
-void expectChecksWhenPassedOn(auto* function, const std::string& name) {
+template <class Sample>
+void expectChecksWhenPassedOn(const Run<Sample>& run, int channels, const std::string& name) {
   using Call = Arguments<Sample>;
   Random random(name, 1);
-  const Images<Sample, channels> images(random, {9, 3});
+  const Images<Sample> images(random, {9, 3}, channels);
   Call valid = images.call();
   valid.dst = images.sourceIn(images.dst);
   valid.srcStep = -5;
   CheckOrder<Call> order(valid, [&](Call call) {
     call.src = call.dst;
-    return run(function, call);
+    return run(call);
   });
   order.watch(images.dst);
   order.faults = {nullFault("dst", &Call::dst),
@@ -235,54 +241,74 @@ void expectChecksWhenPassedOn(auto* function, const std::string& name) {
   order.verify();
 }
 
-// Each type's tests run its three channel counts, with and without _L.
-#define FOR_MEMBERS(EACH, function, type, Sample, layout)                                             \
-  EACH(function##_##type##_C1##layout, Sample, 1)                                                     \
-  EACH(function##_##type##_C1##layout##_L, Sample, 1)                                                 \
-  EACH(function##_##type##_C3##layout, Sample, 3) EACH(function##_##type##_C3##layout##_L, Sample, 3) \
-      EACH(function##_##type##_C4##layout, Sample, 4) EACH(function##_##type##_C4##layout##_L, Sample, 4)
+template <class Function>
+struct SampleOf;
+template <class Sample, class... Others>
+struct SampleOf<OrvStatus(const Sample*, Others...)> {
+  using Type = Sample;
+};
+template <class Sample, class... Others>
+struct SampleOf<OrvStatus(Sample*, Others...)> {
+  using Type = Sample;
+};
 
-#define CONST_MEMBER(name, Sample, channels)                                                          \
-  TEST(BorderCopyModel, name) { expectModel<Sample, channels>(orv::name, orvBorderConstant, #name); } \
-  TEST(BorderCopyChecks, name) { expectChecks<Sample, channels>(orv::name, #name, false, channels > 1); }
+/// Its own function alone is instantiated for each member, the tests once for each type.
+template <class Function>
+auto member(Function* function) {
+  using Sample = typename SampleOf<Function>::Type;
+  return Run<Sample>([function](const Arguments<Sample>& c) { return run(function, c); });
+}
 
-FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 8u, uint8_t, R)
-FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 16s, int16_t, R)
-FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 32s, int32_t, R)
-FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 32f, float, R)
-CONST_MEMBER(orviCopyConstBorder_16u_C1R, uint16_t, 1)
+// Three channel counts, with and without _L.
+#define FOR_MEMBERS(EACH, function, type, layout) \
+  EACH(function##_##type##_C1##layout, 1)         \
+  EACH(function##_##type##_C1##layout##_L, 1)     \
+  EACH(function##_##type##_C3##layout, 3)         \
+  EACH(function##_##type##_C3##layout##_L, 3)     \
+  EACH(function##_##type##_C4##layout, 4)         \
+  EACH(function##_##type##_C4##layout##_L, 4)
 
-#define COPY_MEMBER(name, Sample, channels, kind)                                                  \
-  TEST(BorderCopyModel, name) { expectModel<Sample, channels>(orv::name, kind, #name); }           \
+#define CONST_MEMBER(name, channels)                                                                  \
+  TEST(BorderCopyModel, name) { expectModel(member(orv::name), channels, orvBorderConstant, #name); } \
+  TEST(BorderCopyChecks, name) { expectChecks(member(orv::name), channels, #name, false, (channels) > 1); }
+
+FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 8u, R)
+FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 16s, R)
+FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 32s, R)
+FOR_MEMBERS(CONST_MEMBER, orviCopyConstBorder, 32f, R)
+CONST_MEMBER(orviCopyConstBorder_16u_C1R, 1)
+
+#define COPY_MEMBER(name, channels, kind)                                                          \
+  TEST(BorderCopyModel, name) { expectModel(member(orv::name), channels, kind, #name); }           \
   TEST(BorderCopyModel, name##_PassedOn) {                                                         \
-    expectModelInPlace<Sample, channels>(orv::name, kind, #name " passed on", true);               \
+    expectModelInPlace(member(orv::name), channels, kind, #name " passed on", true);               \
   }                                                                                                \
-  TEST(BorderCopyChecks, name) { expectChecks<Sample, channels>(orv::name, #name, false, false); } \
-  TEST(BorderCopyChecks, name##_PassedOn) { expectChecksWhenPassedOn<Sample, channels>(orv::name, #name); }
-#define IN_PLACE_MEMBER(name, Sample, channels, kind)                                           \
-  TEST(BorderCopyModel, name) { expectModelInPlace<Sample, channels>(orv::name, kind, #name); } \
-  TEST(BorderCopyChecks, name) { expectChecks<Sample, channels>(orv::name, #name, true, false); }
+  TEST(BorderCopyChecks, name) { expectChecks(member(orv::name), channels, #name, false, false); } \
+  TEST(BorderCopyChecks, name##_PassedOn) { expectChecksWhenPassedOn(member(orv::name), channels, #name); }
+#define IN_PLACE_MEMBER(name, channels, kind)                                                   \
+  TEST(BorderCopyModel, name) { expectModelInPlace(member(orv::name), channels, kind, #name); } \
+  TEST(BorderCopyChecks, name) { expectChecks(member(orv::name), channels, #name, true, false); }
 
-#define REPLICATE_MEMBER(name, Sample, channels) COPY_MEMBER(name, Sample, channels, orvBorderReplicate)
-#define REPLICATE_IN_PLACE(name, Sample, channels) IN_PLACE_MEMBER(name, Sample, channels, orvBorderReplicate)
-#define MIRROR_MEMBER(name, Sample, channels) COPY_MEMBER(name, Sample, channels, orvBorderMirror)
-#define MIRROR_IN_PLACE(name, Sample, channels) IN_PLACE_MEMBER(name, Sample, channels, orvBorderMirror)
+#define REPLICATE_MEMBER(name, channels) COPY_MEMBER(name, channels, orvBorderReplicate)
+#define REPLICATE_IN_PLACE(name, channels) IN_PLACE_MEMBER(name, channels, orvBorderReplicate)
+#define MIRROR_MEMBER(name, channels) COPY_MEMBER(name, channels, orvBorderMirror)
+#define MIRROR_IN_PLACE(name, channels) IN_PLACE_MEMBER(name, channels, orvBorderMirror)
 
-FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 8u, uint8_t, R)
-FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 16s, int16_t, R)
-FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 32s, int32_t, R)
-FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 32f, float, R)
-FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 8u, uint8_t, IR)
-FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 16s, int16_t, IR)
-FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 32s, int32_t, IR)
-FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 8u, uint8_t, R)
-FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 16u, uint16_t, R)
-FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 16s, int16_t, R)
-FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 32s, int32_t, R)
-FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 32f, float, R)
-FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 8u, uint8_t, IR)
-FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 16u, uint16_t, IR)
-FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 32s, int32_t, IR)
+FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 8u, R)
+FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 16s, R)
+FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 32s, R)
+FOR_MEMBERS(REPLICATE_MEMBER, orviCopyReplicateBorder, 32f, R)
+FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 8u, IR)
+FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 16s, IR)
+FOR_MEMBERS(REPLICATE_IN_PLACE, orviCopyReplicateBorder, 32s, IR)
+FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 8u, R)
+FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 16u, R)
+FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 16s, R)
+FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 32s, R)
+FOR_MEMBERS(MIRROR_MEMBER, orviCopyMirrorBorder, 32f, R)
+FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 8u, IR)
+FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 16u, IR)
+FOR_MEMBERS(MIRROR_IN_PLACE, orviCopyMirrorBorder, 32s, IR)
 
 // ------------------------------------------------------------------------------------------------------- By hand
 
