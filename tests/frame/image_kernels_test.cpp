@@ -197,22 +197,26 @@ TEST(ImageKernels, ConversionOfEveryValue) {
   }
 }
 
-// An image larger than any cache in little memory: each row begins one pixel after the last, in source and result, so
-// that a row writes again what the rows above it wrote. Rows begin at every residue of a vector's alignment.
+// An image larger than any cache in little memory: rows overlap. Each row of the result begins one pixel after the last,
+// each row of the source three, so that a pixel tells which row wrote it last: the last row all of its own.
 TEST(ImageKernels, ConversionPastTheCache) {
   constexpr int width = 65531;
   const int height = std::max(orv::owncvGetCacheSize(), 0x100000) / (6 * width) + 2;
-  const int pixels = width + height - 1;
+  const int lastRow = height - 1;
   Random random("conversion past the cache", 0);
-  for (const int misalignment : {0, 1}) {
-    const GuardedMemory src("src", static_cast<size_t>(pixels) * 2);
-    const GuardedMemory dst("dst", static_cast<size_t>(pixels) * 4, {Placement::Fence::before, misalignment});
-    for (size_t i = 0; i < src.size(); ++i) src.data()[i] = static_cast<uint8_t>(random.bits());
-    EXPECT_EQ(orvStsOk, runConvert({reinterpret_cast<uint16_t*>(src.data()), 2, nullptr, 0,
-                                    reinterpret_cast<float*>(dst.data()), 4, OrvSize{width, height}}));
-    for (int i = 0; i < pixels; ++i)
-      ASSERT_EQ(static_cast<float>(load(reinterpret_cast<uint16_t*>(src.data()), 0, i, 0)),
-                load(reinterpret_cast<float*>(dst.data()), 0, i, 0));
+  const GuardedMemory src("src", static_cast<size_t>(3 * lastRow + width) * 2);
+  for (size_t i = 0; i < src.size(); ++i) src.data()[i] = static_cast<uint8_t>(random.bits());
+  src.protectReadOnly();
+  const auto* source = reinterpret_cast<const uint16_t*>(src.data());
+  // Rows go through all residues of a vector's alignment; the last address is one that no whole samples align.
+  for (const int distance : {0, 4, 28, 1}) {
+    const GuardedMemory dst("dst", static_cast<size_t>(lastRow + width) * 4, {Placement::Fence::before, distance});
+    auto* const result = reinterpret_cast<float*>(dst.data());
+    EXPECT_EQ(orvStsOk, runConvert({source, 6, nullptr, 0, result, 4, OrvSize{width, height}}));
+    for (int i = 0; i < lastRow + width; ++i) {
+      const int row = std::min(i, lastRow);
+      ASSERT_EQ(static_cast<float>(load(source, 6, i - row, row)), load(result, 0, i, 0)) << "pixel " << i;
+    }
     dst.expectCanariesIntact();
   }
 }
