@@ -34,7 +34,14 @@ template <class Sample, class Step>
 void forEachVector(int width, Step step) {
   using Body = typename VectorsOf<Sample>::Body;
   int x = 0;
-  for (; x <= width - Body::lanes; x += Body::lanes) step(Body{}, x);
+  for (; x <= width - 2 * Body::lanes; x += 2 * Body::lanes) {
+    step(Body{}, x);
+    step(Body{}, x + Body::lanes);
+  }
+  if (x <= width - Body::lanes) {
+    step(Body{}, x);
+    x += Body::lanes;
+  }
   for (; x < width; ++x) step(typename VectorsOf<Sample>::Single{}, x);
 }
 
