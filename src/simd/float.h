@@ -115,6 +115,23 @@ inline F32x8 unselectedLanes(const uint8_t* mask) {
   return F32x8::fromHalves(unselected(mask), unselected(mask + 4));
 }
 
+/// Integer samples as floats, 0 under zero mask bytes.
+template <class Sample>
+F32x1 loadSelected(F32x1, const Sample* p, const uint8_t* mask) {
+  return *mask != 0 ? F32x1::load(p) : F32x1::zero();
+}
+inline F32x8 loadSelected(F32x8, const uint8_t* p, const uint8_t* mask) {
+  const __m128i unselected = _mm_cmpeq_epi8(_mm_loadu_si64(mask), _mm_setzero_si128());
+  const __m128i bytes = _mm_andnot_si128(unselected, _mm_loadu_si64(p));
+  return F32x8::fromInts(_mm_cvtepu8_epi32(bytes), _mm_cvtepu8_epi32(_mm_srli_si128(bytes, 4)));
+}
+inline F32x8 loadSelected(F32x8, const uint16_t* p, const uint8_t* mask) {
+  const __m128i unselected = _mm_cmpeq_epi8(_mm_loadu_si64(mask), _mm_setzero_si128());
+  const __m128i samples = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  const __m128i words = _mm_andnot_si128(_mm_cvtepi8_epi16(unselected), samples);
+  return F32x8::fromInts(_mm_cvtepu16_epi32(words), _mm_unpackhi_epi16(words, _mm_setzero_si128()));
+}
+
 /// `weight` under nonzero mask bytes, +0.0 under zero bytes.
 inline F32x1 selectedWeight(const uint8_t* mask, F32x1 weight) { return *mask != 0 ? weight : F32x1::zero(); }
 inline F32x8 selectedWeight(const uint8_t* mask, F32x8 weight) {

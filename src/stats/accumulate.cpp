@@ -57,12 +57,28 @@ struct WeightedUnder {
   }
 };
 
-/// dst = a + weight(term(a, sources...)). 8 pixels a turn, bound by the loads and stores of the accumulator.
-template <class Term, class Weight, class... Source>
-void accumulateRow(const float* acc, float* dst, int width, Term term, Weight weight, const Source*... sources) {
+/// A source of integers that counts under its mask only. Products of integers are finite, so that a zeroed sample gives
+/// what the product with +0.0 gives.
+template <class Source>
+struct Selected {
+  const Source* samples;
+  const uint8_t* mask;
+};
+
+template <class V, class Source>
+V loadAt(const Source* samples, int x) {
+  return V::load(samples + x);
+}
+template <class V, class Source>
+V loadAt(Selected<Source> source, int x) {
+  return loadSelected(V{}, source.samples + x, source.mask + x);
+}
+
+/// dst = a + weight(term(a, sources...)). 8 pixels a step, bound by the loads and stores of the accumulator.
+void accumulateRow(const float* acc, float* dst, int width, auto term, auto weight, auto... sources) {
   forEachVector<float>(width, [&]<class V>(V, int x) {
     const V a = V::load(acc + x);
-    (a + weight(x, term(a, V::load(sources + x)...))).store(dst + x);
+    (a + weight(x, term(a, loadAt<V>(sources, x)...))).store(dst + x);
   });
 }
 
@@ -93,10 +109,14 @@ OrvStatus accumulateMasked(auto term, float weight, OrvSize roi, View<float> acc
   if (OrvStatus status = firstFailure(nullPointer(acc.first, mask.first, src.first, more.first...), badSize(roi),
                                       badSteps<Source>(roi.width, acc.step, mask.step, src.step, more.step...)))
     return status;
+  constexpr bool zeroesSamples = std::is_integral_v<Source> && !std::is_same_v<decltype(term), Change>;
   for (const auto& row : rows(roi.height, acc, mask, src, more...))
     std::apply(
-        [&](float* a, const uint8_t* m, auto... s) {
-          accumulateRow(a, a, roi.width, term, WeightedUnder{m, weight}, s...);
+        [&](float* a, const uint8_t* m, const Source* s, auto... others) {
+          if constexpr (zeroesSamples)
+            accumulateRow(a, a, roi.width, term, Unweighted{}, Selected<Source>{s, m}, others...);
+          else
+            accumulateRow(a, a, roi.width, term, WeightedUnder{m, weight}, s, others...);
         },
         row);
   return orvStsOk;
