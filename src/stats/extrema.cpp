@@ -13,9 +13,9 @@ struct Outputs {
 template <class Sample>
 void deliver(Extreme<Sample> extreme, float* value, OrvPoint* index) {
   if (value != nullptr)
-    *value = static_cast<float>(extreme.value);
+    store(value, static_cast<float>(extreme.value));
   if (index != nullptr)
-    *index = extreme.position;
+    store(index, extreme.position);
 }
 
 bool selectsNothing(EveryPixel, OrvSize) { return false; }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/pixel_groups.h"
@@ -10,7 +11,10 @@
 
 namespace orv {
 
-inline void store(double* result, double value) { std::memcpy(result, &value, sizeof value); }
+template <class Result>
+void store(Result* result, const std::type_identity_t<Result>& value) {
+  std::memcpy(result, &value, sizeof value);
+}
 
 inline Check badStep(EveryPixel, int) { return {}; }
 inline Check badStep(Mask mask, int width) { return badStep<uint8_t>(mask.bytes.step, width); }
