@@ -15,13 +15,23 @@ OrvStatus badArguments(OrvSize roi, int channels, Images... images) {
                       stepNotAligned<Sample>(images.step...));
 }
 
+/// The region in samples; images without gaps between their rows are one long row.
+template <class Sample, class... Images>
+OrvSize sampleRows(OrvSize roi, int channels, Images... images) {
+  const OrvSize rows = {roi.width * channels, roi.height};
+  const bool gapless = ((images.step == rowBytes<Sample>(rows.width)) && ...);
+  const int64_t samples = int64_t{rows.width} * rows.height;
+  return gapless && samples <= INT32_MAX ? OrvSize{static_cast<int>(samples), 1} : rows;
+}
+
 template <class Sample>
 OrvStatus absDiffImages(View<const Sample> src1, View<const Sample> src2, View<Sample> dst, OrvSize roi,
                         int channels = 1) {
   if (OrvStatus status = badArguments<Sample>(roi, channels, src1, src2, dst))
     return status;
-  for (auto [a, b, d] : rows(roi.height, src1, src2, dst))
-    forEachVector<Sample>(roi.width * channels, [a = a, b = b, d = d]<class V>(V, int x) {
+  const OrvSize samples = sampleRows<Sample>(roi, channels, src1, src2, dst);
+  for (auto [a, b, d] : rows(samples.height, src1, src2, dst))
+    forEachVector<Sample>(samples.width, [a = a, b = b, d = d]<class V>(V, int x) {
       absDiff(V::load(a + x), V::load(b + x)).store(d + x);
     });
   return orvStsOk;
@@ -31,8 +41,9 @@ template <class Sample>
 OrvStatus absDiffConstant(View<const Sample> src, View<Sample> dst, OrvSize roi, Sample value) {
   if (OrvStatus status = badArguments<Sample>(roi, 1, src, dst))
     return status;
-  for (auto [s, d] : rows(roi.height, src, dst))
-    forEachVector<Sample>(roi.width, [value, s = s, d = d]<class V>(V, int x) {
+  const OrvSize samples = sampleRows<Sample>(roi, 1, src, dst);
+  for (auto [s, d] : rows(samples.height, src, dst))
+    forEachVector<Sample>(samples.width, [value, s = s, d = d]<class V>(V, int x) {
       absDiff(V::load(s + x), V::broadcast(value)).store(d + x);
     });
   return orvStsOk;
