@@ -1,5 +1,4 @@
-// What the masked norms, means, deviations and extrema share: their check lists, and results that a caller's stack may
-// have aligned to 4 bytes only.
+// What the masked norms, means, deviations and extrema share: their check lists, and results stored at any address.
 #pragma once
 
 #include <cstring>
