@@ -1,5 +1,6 @@
 // The Gaussian filter in single precision. Each source row is filtered along the row once, into a ring of as many float
 // rows as the kernel has taps; each result row is a sum down the ring, rounded on its way to the image.
+#include <array>
 #include <cstring>
 
 #include "filters/gaussian_kernel.h"
@@ -31,158 +32,164 @@ constexpr uint32_t ringRowBytes(int width, int channels) {
 constexpr uint32_t extensionBytes(int kernelSize) { return 12 * static_cast<uint32_t>(kernelSize); }
 
 /// Rows are filtered in whole blocks of so many samples; ring rows have room for the excess.
-constexpr int blockLanes = 16;
+constexpr int blockLanes = F32x16::lanes;
 static_assert(blockLanes * sizeof(float) == blockAlignment);
 
-// The passes, bound by loads and arithmetic alike.
-using RowPass = void (*)(const float* half, int radius, const float* line, float* out, int blocks);
-
-/// The taps of a short kernel and its window fit the registers.
-template <int channels, int radius>
-void filterLineByWindow(const float* half, int, const float* line, float* out, int blocks) {
-  const FixedKernel<radius> kernel(half);
-  for (; blocks > 0; --blocks, line += blockLanes, out += blockLanes) {
-    const LineWindow<channels, kernel.taps> window(line);
-    kernel.template sum<0>(window).store(out);
-    kernel.template sum<F32x8::lanes>(window).store(out + F32x8::lanes);
-  }
-}
-
-template <int channels>
-void filterLineByTaps(const float* half, int radius, const float* line, float* out, int blocks) {
+/// Filters the samples of a line that starts a radius before them, and some more to fill a block. Bound by loads.
+template <int channels, class Radius>
+[[gnu::noinline]] void filterLine(const float* half, Radius radius, const float* line, float* out, int count) {
+  const SymmetricKernel<Radius> kernel(half, radius);
+  using Block = typename SymmetricKernel<Radius>::Block;
   const auto filter = [&]<class V>(V) __attribute__((always_inline)) {
-    symmetricSum<V>(half, radius, [line](int tap) { return line + tap * channels; }).store(out);
+    kernel.template sum<V>([line](int tap) { return line + tap * channels; }).store(out);
     line += V::lanes;
     out += V::lanes;
+    count -= V::lanes;
   };
-  for (; blocks > 1; blocks -= 2) filter(F32x32{});
-  if (blocks > 0)
+  while (count > Block::lanes - blockLanes) filter(Block{});
+  if (count > 0)
     filter(F32x16{});
 }
 
-template <class Sample>
-using ColumnPass = void (*)(const float* half, int radius, const float* const* rows, Sample* dst, int count);
+/// The taps of a short kernel.
+template <class Radius>
+constexpr size_t localTaps = 2 * Radius::value + 1;
+template <>
+constexpr size_t localTaps<int> = 0;
 
 /// Stores that pass the cache need aligned addresses: from the second block on they are, but for the last block.
-template <class Sample, class Store, class Radius>
-void filterDown(const float* half, int anyRadius, const float* const* ring, Sample* dst, int count) {
-  Radius radius{};
-  if constexpr (std::is_same_v<Radius, int>)
-    radius = anyRadius;
-  const auto filter = [&]<class V, class Kind>(V, Kind, int x, Sample* out) __attribute__((always_inline)) {
-    storeRounded<Kind>(out, symmetricSum<V>(half, radius, [=](int tap) { return ring[tap] + x; }));
-  };
-  constexpr int lanes = F32x32::lanes;
-  if (count < blockLanes) {
-    Sample block[blockLanes];
-    filter(F32x16{}, CachedStore{}, 0, block);
-    std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
-  } else if (count < lanes) {
-    coverRow<blockLanes>(0, count, [&](int x) { filter(F32x16{}, CachedStore{}, x, dst + x); });
-  } else if constexpr (std::is_same_v<Store, CachedStore>) {
-    coverRow<lanes>(0, count, [&](int x) { filter(F32x32{}, Store{}, x, dst + x); });
+template <class Store, class Block, class Sample>
+[[gnu::always_inline]] inline void storeRow(Sample* dst, int count, auto sum) {
+  constexpr int lanes = Block::lanes;
+  if constexpr (std::is_same_v<Store, CachedStore>) {
+    coverRow<lanes>(
+        0, count, [&](int x) __attribute__((always_inline)) { storeRounded<Store>(dst + x, sum(Block{}, x)); });
   } else {
     constexpr uintptr_t alignment = std::min(lanes * sizeof(Sample), sizeof(__m256));
     const auto beyondAligned = [dst](int x) { return reinterpret_cast<uintptr_t>(dst + x) % alignment; };
     const bool alignable = beyondAligned(0) % sizeof(Sample) == 0;
-    coverRow<lanes>(alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0, count, [&](int x) {
-      if (beyondAligned(x) == 0)
-        filter(F32x32{}, Store{}, x, dst + x);
-      else
-        filter(F32x32{}, CachedStore{}, x, dst + x);
-    });
+    coverRow<lanes>(
+        alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0,
+        count, [&](int x) __attribute__((always_inline)) {
+          if (beyondAligned(x) == 0)
+            storeRounded<Store>(dst + x, sum(Block{}, x));
+          else
+            storeRounded<CachedStore>(dst + x, sum(Block{}, x));
+        });
   }
 }
 
-/// The instantiation of a pass for a kernel size: 3, 5 and 7 taps have their own.
-template <int channels>
-RowPass rowPassOf(int radius) {
-  switch (radius) {
-    case 1:
-      return filterLineByWindow<channels, 1>;
-    case 2:
-      return filterLineByWindow<channels, 2>;
-    case 3:
-      return filterLineByWindow<channels, 3>;
-    default:
-      return filterLineByTaps<channels>;
+/// Rounded sums down the rows of the ring, the oldest of which is at index `oldest`. The pointers to the rows of a short
+/// kernel stay local, where no store can change them; others go to the memory given for them. Bound by loads.
+template <class Store, class Radius, class Sample>
+[[gnu::noinline]] void filterDown(const float* half, Radius radius, View<float> ring, int oldest, void* memory,
+                                  Sample* dst, int count) {
+  const SymmetricKernel<Radius> kernel(half, radius);
+  std::array<const float*, localTaps<Radius>> local;
+  const float** const rows = local.empty() ? static_cast<const float**>(memory) : local.data();
+  const int taps = 2 * radius + 1;
+  const float* row = ring.row(oldest);
+  for (int tap = 0; tap < taps; ++tap) {
+    rows[tap] = row;
+    row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
   }
-}
-template <class Sample, class Store>
-ColumnPass<Sample> columnPassOf(int radius) {
-  switch (radius) {
-    case 1:
-      return filterDown<Sample, Store, Constant<1>>;
-    case 2:
-      return filterDown<Sample, Store, Constant<2>>;
-    case 3:
-      return filterDown<Sample, Store, Constant<3>>;
-    default:
-      return filterDown<Sample, Store, int>;
+  const auto sum = [&]<class V>(V, int x) __attribute__((always_inline)) {
+    return kernel.template sum<V>([rows, x](int tap) { return rows[tap] + x; });
+  };
+  using Block = typename SymmetricKernel<Radius>::Block;
+  if (count >= Block::lanes) {
+    storeRow<Store, Block>(dst, count, sum);
+  } else if (count >= blockLanes) {
+    storeRow<CachedStore, F32x16>(dst, count, sum);
+  } else {
+    Sample block[blockLanes];
+    storeRounded<CachedStore>(block, sum(F32x16{}, 0));
+    std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
   }
 }
 
 template <class Sample>
 void convertToFloat(const Sample* src, float* dst, int count) {
-  if (count < F32x16::lanes)
+  if (count < blockLanes)
     for (int x = 0; x < count; ++x) F32x1::load(src + x).store(dst + x);
   else
-    coverRow<F32x16::lanes>(0, count, [&](int x) { F32x16::load(src + x).store(dst + x); });
+    coverRow<blockLanes>(0, count, [&](int x) { F32x16::load(src + x).store(dst + x); });
 }
 
-template <class Sample, int channels>
+/// Kernels of 3, 5 and 7 taps have a Constant for a Radius, others an int.
+template <class Sample, int channels, class Radius>
 class GaussianEngine {
 public:
   GaussianEngine(const GaussianSpec* spec, View<const Sample> src, OrvSizeL roi, OrvBorderMode borderMode,
                  const Sample* borderValue, bool streaming, void* buffer)
       : half_(reinterpret_cast<const float*>(reinterpret_cast<const char*>(spec) + halfKernelOffset)),
-        radius_(spec->kernelSize / 2),
         src_(src),
         roi_(roi),
         horizontal_(horizontalBorder(borderMode)),
         vertical_(verticalBorder(borderMode)),
-        rowPass_(rowPassOf<channels>(radius_)),
-        columnPass_(streaming ? columnPassOf<Sample, StreamingStore>(radius_)
-                              : columnPassOf<Sample, CachedStore>(radius_)) {
+        streaming_(streaming) {
+    if constexpr (!isShort)
+      radius_ = spec->kernelSize / 2;
     if (borderKind(borderMode) == orvBorderConstant && !allSidesInMemory(borderMode))
       convertToFloat(borderValue, borderValue_, channels);
     // The line lies below the ring, so that it ends where an aligned area starts.
-    const uint32_t lineBytes = ringRowBytes(roi.width, channels) + extensionBytes(spec->kernelSize);
+    const uint32_t rowBytes = ringRowBytes(roi.width, channels);
+    const uint32_t lineBytes = rowBytes + extensionBytes(taps());
     char* const ring = roundUp(static_cast<char*>(buffer) + lineBytes, blockAlignment);
-    ring_ = {reinterpret_cast<float*>(ring), static_cast<int>(ringRowBytes(roi.width, channels))};
+    ring_ = {reinterpret_cast<float*>(ring), static_cast<int>(rowBytes)};
     line_ = reinterpret_cast<float*>(ring - lineBytes);
+    const int edge = roundUp(reach(), blockLanes);
+    if (readsSource && rowSamples() - 2 * edge >= blockLanes) {
+      leftEnd_ = edge;
+      rightEnd_ = (rowSamples() - edge) / blockLanes * blockLanes;
+    }
   }
 
-  void run(View<Sample> dst) {
+  void run(View<Sample> dst) const {
     for (int y = -radius_; y <= radius_; ++y)
-      if (isReal(y))
+      if (isReal(y)) {
+        writeLine(y);
         filterRow(y);
+      }
     for (int y = -radius_; y <= radius_; ++y)
       if (!isReal(y))
         deriveRow(y);
-    makeRow(0, dst);
-    for (int y = 1; y < roi_.height; ++y) {
-      const int entering = y + radius_;
-      if (isReal(entering))
+    for (int y = 0; y < roi_.height; ++y) {
+      const int entering = y + 1 + radius_;
+      const bool isLast = y == roi_.height - 1;
+      const bool filters = !isLast && isReal(entering);
+      // Wide loads of what narrow stores have just written would wait for them: the line is written ahead of its use. The
+      // pointers to the rows of a long kernel take its place in between.
+      if (filters && isShort)
+        writeLine(entering);
+      const auto makeRow = [&](auto* filter) {
+        filter(half_, radius_, ring_, ringIndex(y - radius_), line_, dst.row(y), rowSamples());
+      };
+      streaming_ ? makeRow(filterDown<StreamingStore, Radius, Sample>)
+                 : makeRow(filterDown<CachedStore, Radius, Sample>);
+      if (filters && !isShort)
+        writeLine(entering);
+      if (filters)
         filterRow(entering);
-      else
+      else if (!isLast)
         deriveRow(entering);
-      makeRow(y, dst);
     }
   }
 
 private:
+  static constexpr bool isShort = !std::is_same_v<Radius, int>;
+  static constexpr bool readsSource = isShort && std::is_same_v<Sample, float>;
+
+  int taps() const { return 2 * radius_ + 1; }
+  int reach() const { return radius_ * channels; }
   int rowSamples() const { return roi_.width * channels; }
-  int ringIndex(int y) const { return (y + radius_) % (2 * radius_ + 1); }
+  int ringIndex(int y) const { return (y + radius_) % taps(); }
   float* ringRow(int y) const { return ring_.row(ringIndex(y)); }
 
   /// In the image or in memory beyond it. Other rows stem from rows that are in the ring at the same time.
-  bool isReal(int y) const {
-    const SourceIndex source = mapIndex(y, roi_.height, vertical_);
-    return !source.isBorderValue && source.index == y;
-  }
+  bool isReal(int y) const { return (y >= 0 || vertical_.lo) && (y < roi_.height || vertical_.hi); }
 
-  void deriveRow(int y) {
+  void deriveRow(int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, vertical_);
     const size_t bytes = static_cast<size_t>(rowSamples()) * sizeof(float);
     if (source.isBorderValue)
@@ -191,91 +198,62 @@ private:
       std::memcpy(ringRow(y), ringRow(source.index), bytes);
   }
 
-  void filterRow(int y) {
+  /// Writes what filterRow doesn't read where it lies: all of the row, or both ends, one behind the other.
+  void writeLine(int y) const {
     const Sample* const row = src_.row(y);
+    if (leftEnd_ > 0)
+      copyExtended(row, 0, leftEnd_, line_);
+    copyExtended(row, rightEnd_, rowSamples(), rightLine());
+  }
+  float* rightLine() const { return line_ + (leftEnd_ > 0 ? leftEnd_ + 2 * reach() : 0); }
+
+  /// Filters a row into the ring. The parts start at multiples of a block, for their excess to stay within the ring row.
+  void filterRow(int y) const {
     float* const out = ringRow(y);
-    if constexpr (std::is_same_v<Sample, float>)
-      filterFloats(row, out);
-    else
-      filterConverted(row, out);
-  }
-
-  void filterPixels(const float* line, float* out, int pixels) const {
-    rowPass_(half_, radius_, line, out, (pixels * channels + blockLanes - 1) / blockLanes);
-  }
-
-  /// The row and its extension, converted or at least copied.
-  void filterConverted(const Sample* row, float* out) const {
-    const int before = horizontal_.lo ? radius_ : 0;
-    const int after = horizontal_.hi ? radius_ : 0;
-    float* const first = line_ + radius_ * channels;
-    convertToFloat(row - before * channels, first - before * channels, (before + roi_.width + after) * channels);
-    extend(first);
-    filterPixels(line_, out, roi_.width);
-  }
-
-  /// Both ends of the line, as far as they are not in memory. The rule of the usual case, a row longer than the radius,
-  /// needs no mapping of each pixel.
-  void extend(float* first) const {
-    const RowExtension<float, channels> extension{first, roi_.width, horizontal_, borderValue_};
-    const bool constant = horizontal_.kind == orvBorderConstant;
-    float* const last = first + rowSamples() - channels;
-    const auto extendBy = [&](float* end, int outwards) {
-      const int inwards = horizontal_.kind == orvBorderMirror ? -outwards : 0;
-      for (int i = 1; i <= radius_; ++i) {
-        const float* const source = constant ? borderValue_ : end + i * inwards;
-        for (int c = 0; c < channels; ++c) end[i * outwards + c] = source[c];
+    if constexpr (readsSource)
+      if (leftEnd_ > 0) {
+        filterLine<channels>(half_, radius_, line_, out, leftEnd_);
+        filterLine<channels>(half_, radius_, src_.row(y) + (leftEnd_ - reach()), out + leftEnd_, rightEnd_ - leftEnd_);
       }
-    };
-    const bool simple = radius_ < roi_.width;
-    if (!horizontal_.lo)
-      simple ? extendBy(first, -channels) : extension.left(line_, radius_);
-    if (!horizontal_.hi)
-      simple ? extendBy(last, channels) : extension.right(last + channels, radius_);
+    filterLine<channels>(half_, radius_, rightLine(), out + rightEnd_, rowSamples() - rightEnd_);
   }
 
-  /// Floats are filtered where they lie, as far as whole blocks see no other samples; the ends of the row in an
-  /// extended copy. The parts start at multiples of a block, for their excess to stay within the ring row.
-  void filterFloats(const float* row, float* out) const {
-    const RowExtension<float, channels> extension{row, roi_.width, horizontal_, borderValue_};
-    const auto filterEnd = [&](int x, int pixels) {
-      extension.copy(line_, x - radius_, pixels + 2 * radius_);
-      filterPixels(line_, out + x * channels, pixels);
-    };
-    const int left = horizontal_.lo ? 0 : roundUp(radius_, blockLanes);
-    const int right = F32x8::lanes + (horizontal_.hi ? 0 : radius_);
-    const int inside = (roi_.width - left - right) / blockLanes * blockLanes;
-    if (inside <= 0) {
-      filterConverted(row, out);
-      return;
-    }
-    if (left > 0)
-      filterEnd(0, left);
-    filterPixels(row + (left - radius_) * channels, out + left * channels, inside);
-    filterEnd(left + inside, roi_.width - left - inside);
+  /// The samples begin .. end - 1 and what a kernel reaches besides. An end that isn't an end of the row is farther from
+  /// it than that.
+  void copyExtended(const Sample* row, int begin, int end, float* line) const {
+    const int before = begin > 0 || horizontal_.lo ? reach() : 0;
+    const int after = end < rowSamples() || horizontal_.hi ? reach() : 0;
+    float* const first = line + reach();
+    convertToFloat(row + (begin - before), first - before, before + (end - begin) + after);
+
+    float* const rowEnd = first + (end - begin);
+    const RowExtension<float, channels> extension{first, roi_.width, horizontal_, borderValue_};
+    const bool mapsPixels = radius_ >= roi_.width;
+    if (before == 0)
+      mapsPixels ? extension.left(line, radius_) : extend(first, -channels);
+    if (after == 0)
+      mapsPixels ? extension.right(rowEnd, radius_) : extend(rowEnd - channels, channels);
   }
 
-  /// The pointers to the ring rows take the place of the line, which is not in use by then.
-  void makeRow(int y, View<Sample> dst) const {
-    const auto rows = reinterpret_cast<const float**>(line_);
-    const int kernelSize = 2 * radius_ + 1;
-    int index = ringIndex(y - radius_);
-    for (int tap = 0; tap < kernelSize; ++tap) {
-      rows[tap] = ring_.row(index);
-      index = index + 1 == kernelSize ? 0 : index + 1;
+  /// The pixels beyond an end pixel of a row longer than the radius: they need no mapping one by one.
+  void extend(float* end, int outwards) const {
+    const int inwards = horizontal_.kind == orvBorderMirror ? -outwards : 0;
+    for (int i = 1; i <= radius_; ++i) {
+      const float* const source = horizontal_.kind == orvBorderConstant ? borderValue_ : end + i * inwards;
+      for (int c = 0; c < channels; ++c) end[i * outwards + c] = source[c];
     }
-    columnPass_(half_, radius_, rows, dst.row(y), rowSamples());
   }
 
   const float* half_;
-  int radius_;
+  [[no_unique_address]] Radius radius_;
   View<const Sample> src_;
   OrvSizeL roi_;
   AxisBorder horizontal_, vertical_;
-  RowPass rowPass_;
-  ColumnPass<Sample> columnPass_;
+  bool streaming_;
   View<float> ring_;
   float* line_;
+  /// Between these samples floats are filtered where they lie, in whole blocks that see no other samples.
+  int leftEnd_ = 0, rightEnd_ = 0;
   float borderValue_[channels] = {};
 };
 
@@ -305,7 +283,23 @@ OrvStatus filterGaussian(View<const Sample> src, View<Sample> dst, OrvSizeL roi,
           badBorderOf(borderMode, borderValue), [&] { return badTapCount(specIn(spec)->kernelSize); }))
     return status;
   const bool streaming = exceedsCache(roi);
-  GaussianEngine<Sample, channels>(specIn(spec), src, roi, borderMode, borderValue, streaming, buffer).run(dst);
+  const auto filter = [&]<class Radius>(Radius) {
+    GaussianEngine<Sample, channels, Radius>(specIn(spec), src, roi, borderMode, borderValue, streaming, buffer)
+        .run(dst);
+  };
+  switch (specIn(spec)->kernelSize) {
+    case 3:
+      filter(Constant<1>{});
+      break;
+    case 5:
+      filter(Constant<2>{});
+      break;
+    case 7:
+      filter(Constant<3>{});
+      break;
+    default:
+      filter(int{});
+  }
   if (streaming)
     _mm_sfence();
   return orvStsOk;

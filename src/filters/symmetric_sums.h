@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "simd/bits.h"
 #include "simd/rounding.h"
-#include "simd/shifts.h"
 
 namespace orv {
 
@@ -27,65 +27,64 @@ template <class V>
   addPair(sum.high, tap, before + V::lanes, after + V::lanes);
 }
 
-/// The sums of a block of samples, held in registers while the taps go by. at(tap) is the first sample of the block in
-/// the row under the tap; a radius that is a Constant does without the loop.
-template <class V>
-[[gnu::always_inline]] inline V symmetricSum(const float* half, auto radius, auto at) {
-  V sum = productOf(V::broadcast(half), sumOf(V::load(at(0)), V::load(at(2 * radius))));
-  for (int i = 1; i < radius; ++i) addPair(sum, F32x8::broadcast(half + i), at(i), at(2 * radius - i));
-  return sumOf(sum, productOf(V::broadcast(half + radius), V::load(at(radius))));
-}
+/// The sums of blocks of samples. at(tap) is the first sample of a block in the row under the tap.
+template <class Radius>
+class SymmetricKernel;
 
-/// What the taps of 16 outputs of a line read, in registers; x is 0 or 8.
-template <int channels, int taps>
-class LineWindow {
+/// Any number of taps: the sums of a large block are held in registers while the taps go by.
+template <>
+class SymmetricKernel<int> {
 public:
-  static constexpr int vectors = 2 + (channels * (taps - 1) + F32x8::lanes - 1) / F32x8::lanes;
-  static constexpr int samples = vectors * F32x8::lanes;
+  using Block = F32x32;
 
-  explicit LineWindow(const float* first) : LineWindow(first, std::make_integer_sequence<int, vectors>{}) {}
+  SymmetricKernel(const float* half, int radius) : half_(half), radius_(radius) {}
 
-  template <int tap, int x>
-  F32x8 at() const {
-    return shifted<x + tap * channels>(held_);
+  template <class V>
+  [[gnu::always_inline]] V sum(auto at) const {
+    V sum = productOf(V::broadcast(half_), sumOf(V::load(at(0)), V::load(at(2 * radius_))));
+    for (int i = 1; i < radius_; ++i) addPair(sum, F32x8::broadcast(half_ + i), at(i), at(2 * radius_ - i));
+    return sumOf(sum, productOf(V::broadcast(half_ + radius_), V::load(at(radius_))));
   }
 
 private:
-  template <int... i>
-  LineWindow(const float* first, std::integer_sequence<int, i...>) : held_{F32x8::load(first + i * F32x8::lanes)...} {}
-
-  F32x8 held_[vectors];
+  const float* half_;
+  int radius_;
 };
 
-/// A kernel of 2 * radius + 1 taps, in registers.
+/// Few taps are held in registers themselves. Samples come straight from memory: loads that straddle cache lines cost less
+/// than the shuffles that would do without them.
 template <int radius>
-class FixedKernel {
+class SymmetricKernel<Constant<radius>> {
 public:
-  static constexpr int taps = 2 * radius + 1;
+  using Block = F32x16;
 
-  explicit FixedKernel(const float* half) : FixedKernel(half, std::make_integer_sequence<int, radius + 1>{}) {}
+  SymmetricKernel(const float* half, Constant<radius>)
+      : SymmetricKernel(half, std::make_integer_sequence<int, radius + 1>{}) {}
 
-  /// The sums of a window, 8 of its 16 outputs.
-  template <int x>
-  F32x8 sum(const auto& window) const {
-    const F32x8 outer = outerTerms<x>(window, std::make_integer_sequence<int, radius - 1>{});
-    return sumOf(outer, productOf(half_[radius], window.template at<radius, x>()));
+  template <class V>
+  [[gnu::always_inline]] V sum(auto at) const {
+    if constexpr (V::lanes > F32x8::lanes) {
+      using Half = decltype(V::low);
+      return {sum<Half>(at), sum<Half>([=](int tap) { return at(tap) + Half::lanes; })};
+    } else {
+      const V outer = outerTerms<V>(at, std::make_integer_sequence<int, radius - 1>{});
+      return sumOf(outer, productOf(half_[radius], V::load(at(radius))));
+    }
   }
 
 private:
   template <int... i>
-  FixedKernel(const float* half, std::integer_sequence<int, i...>) : half_{F32x8::broadcast(half + i)...} {}
+  SymmetricKernel(const float* half, std::integer_sequence<int, i...>) : half_{F32x8::broadcast(half + i)...} {}
 
-  template <int x, int... i>
-  F32x8 outerTerms(const auto& window, std::integer_sequence<int, i...>) const {
-    F32x8 sum = term<0, x>(window);
-    ((sum = sumOf(sum, term<i + 1, x>(window))), ...);
+  template <class V, int... i>
+  [[gnu::always_inline]] V outerTerms(auto at, std::integer_sequence<int, i...>) const {
+    V sum = term<V, 0>(at);
+    ((sum = sumOf(sum, term<V, i + 1>(at))), ...);
     return sum;
   }
-
-  template <int i, int x>
-  F32x8 term(const auto& window) const {
-    return productOf(half_[i], sumOf(window.template at<i, x>(), window.template at<2 * radius - i, x>()));
+  template <class V, int i>
+  [[gnu::always_inline]] V term(auto at) const {
+    return productOf(half_[i], sumOf(V::load(at(i)), V::load(at(2 * radius - i))));
   }
 
   F32x8 half_[radius + 1];
@@ -95,7 +94,10 @@ private:
 /// first starts at 0 even if `begin` is negative, so that some samples are made twice.
 template <int lanes, class Block>
 [[gnu::always_inline]] inline void coverRow(int begin, int count, Block block) {
-  for (int x = begin; x < count; x += lanes) block(std::clamp(x, 0, count - lanes));
+  int x = begin;
+  for (; x <= count - lanes; x += lanes) block(std::max(x, 0));
+  if (x < count)
+    block(count - lanes);
 }
 
 }  // namespace orv
