@@ -108,40 +108,29 @@ template <class Store, class Radius, class Sample>
   }
 }
 
-template <class Sample>
-void convertToFloat(const Sample* src, float* dst, int count) {
-  if (count < blockLanes)
-    for (int x = 0; x < count; ++x) F32x1::load(src + x).store(dst + x);
-  else
-    coverRow<blockLanes>(0, count, [&](int x) { F32x16::load(src + x).store(dst + x); });
-}
-
 /// Kernels of 3, 5 and 7 taps have a Constant for a Radius, others an int.
 template <class Sample, int channels, class Radius>
 class GaussianEngine {
 public:
-  GaussianEngine(const GaussianSpec* spec, View<const Sample> src, OrvSizeL roi, OrvBorderMode borderMode,
-                 const Sample* borderValue, bool streaming, void* buffer)
+  GaussianEngine(const GaussianSpec* spec, Radius radius, View<const Sample> src, OrvSizeL roi,
+                 OrvBorderMode borderMode, const Sample* borderValue, bool streaming, void* buffer)
       : half_(reinterpret_cast<const float*>(reinterpret_cast<const char*>(spec) + halfKernelOffset)),
+        radius_(radius),
         src_(src),
         roi_(roi),
         horizontal_(horizontalBorder(borderMode)),
         vertical_(verticalBorder(borderMode)),
+        borderValue_(borderValue),
         streaming_(streaming) {
-    if constexpr (!isShort)
-      radius_ = spec->kernelSize / 2;
-    if (borderKind(borderMode) == orvBorderConstant && !allSidesInMemory(borderMode))
-      convertToFloat(borderValue, borderValue_, channels);
     // The line lies below the ring, so that it ends where an aligned area starts.
     const uint32_t rowBytes = ringRowBytes(roi.width, channels);
     const uint32_t lineBytes = rowBytes + extensionBytes(taps());
     char* const ring = roundUp(static_cast<char*>(buffer) + lineBytes, blockAlignment);
     ring_ = {reinterpret_cast<float*>(ring), static_cast<int>(rowBytes)};
     line_ = reinterpret_cast<float*>(ring - lineBytes);
-    const int edge = roundUp(reach(), blockLanes);
-    if (readsSource && rowSamples() - 2 * edge >= blockLanes) {
-      leftEnd_ = edge;
-      rightEnd_ = (rowSamples() - edge) / blockLanes * blockLanes;
+    if (readsSource && roi.width >= 3 * blockLanes) {
+      leftEnd_ = blockLanes;
+      rightEnd_ = (roi.width - blockLanes) / blockLanes * blockLanes;
     }
   }
 
@@ -181,7 +170,6 @@ private:
   static constexpr bool readsSource = isShort && std::is_same_v<Sample, float>;
 
   int taps() const { return 2 * radius_ + 1; }
-  int reach() const { return radius_ * channels; }
   int rowSamples() const { return roi_.width * channels; }
   int ringIndex(int y) const { return (y + radius_) % taps(); }
   float* ringRow(int y) const { return ring_.row(ringIndex(y)); }
@@ -192,56 +180,35 @@ private:
   void deriveRow(int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, vertical_);
     const size_t bytes = static_cast<size_t>(rowSamples()) * sizeof(float);
-    if (source.isBorderValue)
-      FillPattern(borderValue_, sizeof borderValue_).fill(ringRow(y), bytes);
-    else
+    if (source.isBorderValue) {
+      float value[channels];
+      copySamples(borderValue_, value, channels);
+      FillPattern(value, sizeof value).fill(ringRow(y), bytes);
+    } else {
       std::memcpy(ringRow(y), ringRow(source.index), bytes);
+    }
   }
 
   /// Writes what filterRow doesn't read where it lies: all of the row, or both ends, one behind the other.
   void writeLine(int y) const {
-    const Sample* const row = src_.row(y);
+    const RowExtension<Sample, channels> row{src_.row(y), roi_.width, horizontal_, borderValue_};
     if (leftEnd_ > 0)
-      copyExtended(row, 0, leftEnd_, line_);
-    copyExtended(row, rightEnd_, rowSamples(), rightLine());
+      row.copy(line_, -radius_, leftEnd_ + 2 * radius_);
+    row.copy(rightLine(), rightEnd_ - radius_, roi_.width - rightEnd_ + 2 * radius_);
   }
-  float* rightLine() const { return line_ + (leftEnd_ > 0 ? leftEnd_ + 2 * reach() : 0); }
+  float* rightLine() const { return line_ + (leftEnd_ > 0 ? (leftEnd_ + 2 * radius_) * channels : 0); }
 
   /// Filters a row into the ring. The parts start at multiples of a block, for their excess to stay within the ring row.
   void filterRow(int y) const {
-    float* const out = ringRow(y);
+    const auto filter = [&, out = ringRow(y)](const float* line, int begin, int end) {
+      filterLine<channels>(half_, radius_, line, out + begin * channels, (end - begin) * channels);
+    };
     if constexpr (readsSource)
       if (leftEnd_ > 0) {
-        filterLine<channels>(half_, radius_, line_, out, leftEnd_);
-        filterLine<channels>(half_, radius_, src_.row(y) + (leftEnd_ - reach()), out + leftEnd_, rightEnd_ - leftEnd_);
+        filter(line_, 0, leftEnd_);
+        filter(src_.row(y) + (leftEnd_ - radius_) * channels, leftEnd_, rightEnd_);
       }
-    filterLine<channels>(half_, radius_, rightLine(), out + rightEnd_, rowSamples() - rightEnd_);
-  }
-
-  /// The samples begin .. end - 1 and what a kernel reaches besides. An end that isn't an end of the row is farther from
-  /// it than that.
-  void copyExtended(const Sample* row, int begin, int end, float* line) const {
-    const int before = begin > 0 || horizontal_.lo ? reach() : 0;
-    const int after = end < rowSamples() || horizontal_.hi ? reach() : 0;
-    float* const first = line + reach();
-    convertToFloat(row + (begin - before), first - before, before + (end - begin) + after);
-
-    float* const rowEnd = first + (end - begin);
-    const RowExtension<float, channels> extension{first, roi_.width, horizontal_, borderValue_};
-    const bool mapsPixels = radius_ >= roi_.width;
-    if (before == 0)
-      mapsPixels ? extension.left(line, radius_) : extend(first, -channels);
-    if (after == 0)
-      mapsPixels ? extension.right(rowEnd, radius_) : extend(rowEnd - channels, channels);
-  }
-
-  /// The pixels beyond an end pixel of a row longer than the radius: they need no mapping one by one.
-  void extend(float* end, int outwards) const {
-    const int inwards = horizontal_.kind == orvBorderMirror ? -outwards : 0;
-    for (int i = 1; i <= radius_; ++i) {
-      const float* const source = horizontal_.kind == orvBorderConstant ? borderValue_ : end + i * inwards;
-      for (int c = 0; c < channels; ++c) end[i * outwards + c] = source[c];
-    }
+    filter(rightLine(), rightEnd_, roi_.width);
   }
 
   const float* half_;
@@ -249,12 +216,12 @@ private:
   View<const Sample> src_;
   OrvSizeL roi_;
   AxisBorder horizontal_, vertical_;
+  const Sample* borderValue_;
   bool streaming_;
   View<float> ring_;
   float* line_;
-  /// Between these samples floats are filtered where they lie, in whole blocks that see no other samples.
+  /// Between these pixels floats are filtered where they lie, in whole blocks that see no pixels beyond the ends.
   int leftEnd_ = 0, rightEnd_ = 0;
-  float borderValue_[channels] = {};
 };
 
 /// Large images go past the cache when they would not fit it.
@@ -283,8 +250,8 @@ OrvStatus filterGaussian(View<const Sample> src, View<Sample> dst, OrvSizeL roi,
           badBorderOf(borderMode, borderValue), [&] { return badTapCount(specIn(spec)->kernelSize); }))
     return status;
   const bool streaming = exceedsCache(roi);
-  const auto filter = [&]<class Radius>(Radius) {
-    GaussianEngine<Sample, channels, Radius>(specIn(spec), src, roi, borderMode, borderValue, streaming, buffer)
+  const auto filter = [&]<class Radius>(Radius radius) {
+    GaussianEngine<Sample, channels, Radius>(specIn(spec), radius, src, roi, borderMode, borderValue, streaming, buffer)
         .run(dst);
   };
   switch (specIn(spec)->kernelSize) {
@@ -298,7 +265,7 @@ OrvStatus filterGaussian(View<const Sample> src, View<Sample> dst, OrvSizeL roi,
       filter(Constant<3>{});
       break;
     default:
-      filter(int{});
+      filter(specIn(spec)->kernelSize / 2);
   }
   if (streaming)
     _mm_sfence();

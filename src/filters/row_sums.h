@@ -1,4 +1,4 @@
-// Row sums of float samples with taps of their own for each interleaved channel, made in place.
+// Row sums of float samples with taps of their own for each interleaved channel.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@ namespace orv {
 struct FloatSum {
   F32x8 sum;
 
-  void start(F32x8 coefficients, F32x8 samples) { sum = coefficients * samples; }
-  void add(F32x8 coefficients, F32x8 samples) { sum = sum + coefficients * samples; }
+  void start(F32x8 coefficients, auto samples) { sum = coefficients * samples; }
+  void add(F32x8 coefficients, auto samples) { sum = sum + coefficients * samples; }
   F32x8 result() const { return sum; }
 };
 
@@ -20,10 +20,12 @@ struct FloatSum {
 struct DoubleSum {
   __m256d low, high;
 
+  void start(F32x8 coefficients, F32x8InMemory samples) { start(coefficients, F32x8::load(samples.p)); }
   void start(F32x8 coefficients, F32x8 samples) {
     low = _mm256_mul_pd(lowHalf(coefficients), lowHalf(samples));
     high = _mm256_mul_pd(highHalf(coefficients), highHalf(samples));
   }
+  void add(F32x8 coefficients, F32x8InMemory samples) { add(coefficients, F32x8::load(samples.p)); }
   void add(F32x8 coefficients, F32x8 samples) {
     low = _mm256_add_pd(low, _mm256_mul_pd(lowHalf(coefficients), lowHalf(samples)));
     high = _mm256_add_pd(high, _mm256_mul_pd(highHalf(coefficients), highHalf(samples)));
@@ -45,6 +47,7 @@ struct ChannelSums {
   static constexpr int lanes = F32x8::lanes;
   static constexpr int period = channels == 3 ? 3 : 1;
   static constexpr int blockVectors = channels == 3 ? 3 : 4;
+  static constexpr int blockLanes = blockVectors * lanes;
 
   static constexpr std::ptrdiff_t tableFloats(int taps) { return std::ptrdiff_t{taps} * (period * lanes); }
 
@@ -55,30 +58,29 @@ struct ChannelSums {
         table[j * period * lanes + i] = static_cast<float>(kernel[j * channels + i % channels]);
   }
 
-  /// Replaces row[0 .. samples - 1], of samples + (count - 1) * channels, by sums times the factor. Blocks from the left
-  /// read no sample that an earlier one has replaced. Bound by one load a sample and tap.
+  /// Writes the sums of src[0 .. samples - 1], which has (count - 1) * channels samples more, times the factor. Both may
+  /// start at the same sample: blocks from the left read none that an earlier one has replaced. Bound by loads.
   template <class Sum>
-  void filterInPlace(float* row, int samples, F32x8 factor) const {
-    constexpr int blockLanes = blockVectors * lanes;
-    const auto load = [](const float* p) __attribute__((always_inline)) { return F32x8::load(p); };
+  void filter(const float* src, float* dst, int samples, auto factor) const {
+    const auto inMemory = [](const float* p) __attribute__((always_inline)) { return F32x8InMemory{p}; };
     int i = 0;
     for (; i <= samples - blockLanes; i += blockLanes) {
       Sum sums[blockVectors];
-      sumBlock(row + i, 0, sums, load);
+      sumBlock(src + i, 0, sums, inMemory);
       unrolled<blockVectors>([&](auto v) __attribute__((always_inline)) {
-        (sums[v].result() * factor).store(row + i + lanes * v);
+        factor(sums[v].result()).store(dst + i + lanes * v);
       });
     }
     for (int phase = 0; i < samples; i += lanes, phase = (phase + 1) % period) {
       const int rest = std::min(samples - i, lanes);
       Sum sums[1];
       if (rest == lanes) {
-        sumBlock(row + i, phase, sums, load);
-        (sums[0].result() * factor).store(row + i);
+        sumBlock(src + i, phase, sums, inMemory);
+        factor(sums[0].result()).store(dst + i);
       } else {
         const __m256i selected = firstLanes(rest);
-        sumBlock(row + i, phase, sums, [&](const float* p) { return F32x8{_mm256_maskload_ps(p, selected)}; });
-        _mm256_maskstore_ps(row + i, selected, (sums[0].result() * factor).v);
+        sumBlock(src + i, phase, sums, [&](const float* p) { return F32x8{_mm256_maskload_ps(p, selected)}; });
+        _mm256_maskstore_ps(dst + i, selected, factor(sums[0].result()).v);
       }
     }
   }
@@ -100,10 +102,10 @@ private:
       });
     };
     forVectors(
-        0, [](Sum & sum, F32x8 k, F32x8 samples) __attribute__((always_inline)) { sum.start(k, samples); });
+        0, [](Sum & sum, F32x8 k, auto samples) __attribute__((always_inline)) { sum.start(k, samples); });
     for (int j = 1; j < count; ++j)
       forVectors(
-          j, [](Sum & sum, F32x8 k, F32x8 samples) __attribute__((always_inline)) { sum.add(k, samples); });
+          j, [](Sum & sum, F32x8 k, auto samples) __attribute__((always_inline)) { sum.add(k, samples); });
   }
 };
 

@@ -4,6 +4,7 @@
 #include "filters/row_sums.h"
 #include "frame/blocks.h"
 #include "frame/border.h"
+#include "frame/row_extension.h"
 
 namespace orv {
 namespace {
@@ -21,6 +22,14 @@ struct SeparableSpec {
   void* columnTable;
   int32_t channels;
 };
+
+constexpr int vectorBytes = sizeof(__m256);
+
+/// What the size query counts for each tap of the row kernel.
+template <class Coefficient>
+constexpr int queriedTapBytes(int channels) {
+  return 128 + 4 * static_cast<int>(sizeof(Coefficient)) * channels;
+}
 
 constexpr Check badChannels(int channels) { return notAmong(channels, {1, 3, 4}, orvStsBadChannels); }
 
@@ -64,14 +73,14 @@ public:
         spec_(spec),
         anchor_{(spec.kernelWidth - 1) / 2, (spec.kernelHeight - 1) / 2},
         reciprocal_(isInteger ? reciprocal(spec.divisor) : 1.0f) {
-    // Only the first area is rounded up: the others follow it without a gap.
-    auto* const table = roundUp(reinterpret_cast<float*>(buffer), 32);
+    // The table fills whole vectors, so that the ring starts at an aligned address, too.
+    auto* const table = roundUp(reinterpret_cast<float*>(buffer), vectorBytes);
     sums_ = {table, spec.kernelWidth};
     sums_.expand(spec.rowKernel);
     exactInFloat_ = !isInteger || largestMagnitude() * largestSample <= 0x1p24;
-    rows_ = reinterpret_cast<float**>(table + ChannelSums<channels>::tableFloats(spec.kernelWidth));
-    auto* const ring = reinterpret_cast<float*>(rows_ + spec.kernelHeight);
-    const ptrdiff_t ringRow = ptrdiff_t{roi.width + spec.kernelWidth - 1} * channels;
+    auto* const ring = table + ChannelSums<channels>::tableFloats(spec.kernelWidth);
+    const ptrdiff_t ringRow = ringRowSamples();
+    rows_ = reinterpret_cast<float**>(ring + ringRow * spec.kernelHeight);
     for (int i = 0; i < spec.kernelHeight; ++i) rows_[i] = ring + i * ringRow;
   }
 
@@ -94,6 +103,17 @@ private:
   static constexpr bool isInteger = std::is_same_v<Coefficient, int16_t>;
   static constexpr float largestSample = sizeof(Source) == 1 ? 255.0f : 32768.0f;
 
+  /// A filtered row and what its kernel reaches beyond. Rows are a whole number of vectors apart as far as what the query
+  /// counts for tables, beyond the one in use, has room for that.
+  ptrdiff_t ringRowSamples() const {
+    const int samples = (roi_.width + spec_.kernelWidth - 1) * channels;
+    const int padded = roundUp(samples, F32x8::lanes);
+    const ptrdiff_t counted = ptrdiff_t{queriedTapBytes<Coefficient>(channels)} * spec_.kernelWidth;
+    const ptrdiff_t table = ChannelSums<channels>::tableFloats(spec_.kernelWidth) * ptrdiff_t{sizeof(float)};
+    const ptrdiff_t padding = ptrdiff_t{padded - samples} * spec_.kernelHeight * ptrdiff_t{sizeof(float)};
+    return padding <= counted - table - (vectorBytes - 1) ? padded : samples;
+  }
+
   float largestMagnitude() const {
     float largest = 0.0f;
     for (int c = 0; c < channels; ++c) {
@@ -103,6 +123,7 @@ private:
     }
     return largest;
   }
+  int reachRight() const { return spec_.kernelWidth - 1 - anchor_.x; }
   float coefficient(int j, int c) const { return static_cast<float>(spec_.rowKernel[j * channels + c]); }
 
   /// Row y of the image extended at top and bottom, filtered.
@@ -111,13 +132,36 @@ private:
     if (source.isBorderValue)
       return fillConstant(row);
     const Source* const s = src_.row(source.index);
-    extendRow(row, s);
-    const int samples = roi_.width * channels;
-    const F32x8 factor = F32x8::broadcast(reciprocal_);
-    if (exactInFloat_)
-      sums_.template filterInPlace<FloatSum>(row, samples, factor);
-    else
-      sums_.template filterInPlace<DoubleSum>(row, samples, factor);
+    if constexpr (std::is_same_v<Source, float>) {
+      // Where whole blocks see no pixels beyond the ends, they are filtered where they lie.
+      constexpr int blockPixels = ChannelSums<channels>::blockLanes / channels;
+      const int begin = roundUp(anchor_.x, blockPixels);
+      const int end = begin + (roi_.width - reachRight() - begin) / blockPixels * blockPixels;
+      if (begin < end) {
+        filterExtended(row, s, 0, begin);
+        sumPixels(s + ptrdiff_t{begin - anchor_.x} * channels, row + begin * channels, end - begin);
+        filterExtended(row + end * channels, s, end, roi_.width);
+        return;
+      }
+    }
+    filterExtended(row, s, 0, roi_.width);
+  }
+
+  /// Filters the pixels begin .. end - 1 of a source row in place, from a copy that has the pixels which they reach.
+  void filterExtended(float* row, const Source* s, int begin, int end) const {
+    RowExtension<Source, channels>{s, roi_.width, rowBorder_, borderValue_}.copy(row, begin - anchor_.x,
+                                                                                 end - begin + spec_.kernelWidth - 1);
+    sumPixels(row, row, end - begin);
+  }
+  void sumPixels(const float* src, float* dst, int pixels) const {
+    const int samples = pixels * channels;
+    if constexpr (isInteger) {
+      const auto divided = [factor = F32x8::broadcast(reciprocal_)](F32x8 sum) { return sum * factor; };
+      exactInFloat_ ? sums_.template filter<FloatSum>(src, dst, samples, divided)
+                    : sums_.template filter<DoubleSum>(src, dst, samples, divided);
+    } else {
+      sums_.template filter<FloatSum>(src, dst, samples, [](F32x8 sum) { return sum; });
+    }
   }
 
   /// The filtered row of an image that is borderValue everywhere.
@@ -129,30 +173,6 @@ private:
       values[c] = static_cast<float>(loadSample(borderValue_ + c)) * sum * reciprocal_;
     }
     for (int x = 0; x < roi_.width; ++x, row += channels) std::memcpy(row, values, sizeof values);
-  }
-
-  /// The source row as floats with the pixels that the kernel reaches on either side.
-  void extendRow(float* row, const Source* s) const {
-    const int right = spec_.kernelWidth - 1 - anchor_.x;
-    for (int x = -anchor_.x; x < 0; ++x, row += channels) extendPixel(row, s, x);
-    const int samples = roi_.width * channels;
-    int i = 0;
-    for (; i <= samples - F32x8::lanes; i += F32x8::lanes) convert<F32x8>(row + i, s + i);
-    for (; i < samples; ++i) convert<F32x1>(row + i, s + i);
-    row += samples;
-    for (int x = roi_.width; x < roi_.width + right; ++x, row += channels) extendPixel(row, s, x);
-  }
-  void extendPixel(float* pixel, const Source* s, int x) const {
-    const SourceIndex source = mapIndex(x, roi_.width, rowBorder_);
-    const Source* const from = source.isBorderValue ? borderValue_ : s + ptrdiff_t{source.index} * channels;
-    for (int c = 0; c < channels; ++c) convert<F32x1>(pixel + c, from + c);
-  }
-  template <class V>
-  static void convert(float* d, const Source* s) {
-    if constexpr (loadedUnit<Source> == 1.0f)
-      loadFloats<V>(s).store(d);
-    else
-      (loadFloats<V>(s) * V::broadcast(1.0f / loadedUnit<Source>)).store(d);
   }
 
   View<const Source> src_;
@@ -202,9 +222,9 @@ OrvStatus orviFilterSeparableGetBufferSize_L(OrvSizeL roi, OrvSize kernelSize, O
           notAmong(kernelType, {orvDataType16s, orvDataType32f}, orvStsBadAlgorithm), badChannels(numChannels)))
     return status;
   const int width = kernelSize.width, height = kernelSize.height;
-  const int coefficientBytes = kernelType == orvDataType16s ? 2 : 4;
-  *bufferSize =
-      128 * width + 4 * (((roi.width + width - 1) * height + width * coefficientBytes) * numChannels + height);
+  const int tapBytes =
+      kernelType == orvDataType16s ? queriedTapBytes<int16_t>(numChannels) : queriedTapBytes<float>(numChannels);
+  *bufferSize = tapBytes * width + 4 * ((roi.width + width - 1) * height * numChannels + height);
   return orvStsOk;
 }
 

@@ -6,7 +6,6 @@
 // The terms are added in this order, whatever the kernel size and the number of samples at a time.
 #pragma once
 
-#include <algorithm>
 #include <utility>
 
 #include "simd/bits.h"
@@ -89,15 +88,5 @@ private:
 
   F32x8 half_[radius + 1];
 };
-
-/// Covers the samples begin .. count - 1, at least `lanes` of them, by blocks. The last block ends with the row and the
-/// first starts at 0 even if `begin` is negative, so that some samples are made twice.
-template <int lanes, class Block>
-[[gnu::always_inline]] inline void coverRow(int begin, int count, Block block) {
-  int x = begin;
-  for (; x <= count - lanes; x += lanes) block(std::max(x, 0));
-  if (x < count)
-    block(count - lanes);
-}
 
 }  // namespace orv

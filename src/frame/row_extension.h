@@ -12,8 +12,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "frame/border.h"
+#include "simd/copy.h"
 
 namespace orv {
 
@@ -24,33 +26,65 @@ struct RowExtension {
   AxisBorder border;          ///< the kind is replicate, mirror or constant, or none with both sides in memory
   const Sample* borderValue;  ///< one sample per channel; read under a constant border only
 
-  /// Writes the pixels of the extended row with the indices first .. first + count - 1, whichever side they lie on.
-  void copy(Sample* dst, int first, int count) const {
+  /// Writes the pixels of the extended row with the indices first .. first + count - 1, whichever side they lie on, as
+  /// they are or as floats.
+  template <class Target>
+  void copy(Target* dst, int first, int count) const {
     const int end = first + count;
-    int x = first;
-    for (; x < std::min(end, 0); ++x, dst += channels) copyOutside(dst, x);
-    if (const int inside = std::min(end, width) - x; inside > 0) {
-      std::memcpy(dst, pixel(x), static_cast<size_t>(inside) * pixelBytes);
-      x += inside;
-      dst += static_cast<ptrdiff_t>(inside) * channels;
-    }
-    for (; x < end; ++x, dst += channels) copyOutside(dst, x);
+    const int inside = std::clamp(0, first, end);
+    const int right = std::clamp(width, first, end);
+    copyOutside(dst, first, inside - first);
+    copySamples(pixel(inside), at(dst, inside - first), (right - inside) * channels);
+    copyOutside(at(dst, right - first), right, end - right);
   }
 
   /// The `count` pixels before the row, in the order of the row: dst[0] is pixel -count.
-  void left(Sample* dst, int count) const { copy(dst, -count, count); }
+  template <class Target>
+  void left(Target* dst, int count) const {
+    copyOutside(dst, -count, count);
+  }
 
   /// The `count` pixels after the row.
-  void right(Sample* dst, int count) const { copy(dst, width, count); }
+  template <class Target>
+  void right(Target* dst, int count) const {
+    copyOutside(dst, width, count);
+  }
 
 private:
-  static constexpr size_t pixelBytes = channels * sizeof(Sample);
+  const Sample* pixel(int x) const { return at(row, x); }
 
-  const Sample* pixel(int x) const { return row + static_cast<ptrdiff_t>(x) * channels; }
+  template <class Target>
+  static Target* at(Target* first, int x) {
+    return first + static_cast<ptrdiff_t>(x) * channels;
+  }
 
-  void copyOutside(Sample* dst, int x) const {
-    const SourceIndex source = mapIndex(x, width, border);
-    std::memcpy(dst, source.isBorderValue ? borderValue : pixel(source.index), pixelBytes);
+  template <class Target>
+  static void copyPixel(const Sample* src, Target* dst) {
+    if constexpr (std::is_same_v<Sample, Target>)
+      std::memcpy(dst, src, channels * sizeof(Sample));
+    else
+      for (int c = 0; c < channels; ++c) F32x1::load(src + c).store(dst + c);
+  }
+
+  /// Pixels beyond one side. A reflection that doesn't leave the row again needs no mapping one by one.
+  template <class Target>
+  void copyOutside(Target* dst, int first, int count) const {
+    if (count == 0)
+      return;
+    const bool isLeft = first < 0;
+    const int farthest = isLeft ? -first : first + count - width;
+    if (isLeft ? border.lo : border.hi) {
+      copySamples(pixel(first), dst, count * channels);
+    } else if (border.kind != orvBorderMirror || farthest < width) {
+      const bool isConstant = border.kind == orvBorderConstant;
+      const bool isMirror = border.kind == orvBorderMirror;
+      const Sample* from = isConstant ? borderValue : pixel(isLeft ? 0 : width - 1);
+      if (isMirror)
+        from = pixel(isLeft ? -first : width - 2 - (first - width));
+      for (int i = 0; i < count; ++i, dst += channels, from -= isMirror ? channels : 0) copyPixel(from, dst);
+    } else {
+      for (int i = 0; i < count; ++i, dst += channels) copyPixel(pixel(mapIndex(first + i, width, border).index), dst);
+    }
   }
 };
 

@@ -93,6 +93,15 @@ inline F32x8 operator*(F32x8 a, F32x8 b) {
   asm("vmulps %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
   return r;
 }
+/// 8 samples that the operation takes straight from memory.
+struct F32x8InMemory {
+  const float* p;
+};
+inline F32x8 operator*(F32x8 a, F32x8InMemory b) {
+  F32x8 r;
+  asm("vmulps %2, %1, %0" : "=x"(r.v) : "x"(a.v), "m"(*reinterpret_cast<const __m256_u*>(b.p)));
+  return r;
+}
 inline F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
 
 /// Sums and products for which it doesn't matter which of two NaNs comes out: the compiler may commute the operands and

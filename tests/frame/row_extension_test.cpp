@@ -118,8 +118,8 @@ ROW_EXTENSION(float)
 TEST(RowExtension, NothingIsWrittenForNoPixels) {
   const uint8_t row[] = {1, 2, 3};
   const orv::RowExtension<uint8_t, 1> extension{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr};
-  extension.left(nullptr, 0);
   uint8_t untouched = 77;
+  extension.left(&untouched, 0);
   extension.copy(&untouched, 1, 0);
   extension.right(&untouched, 0);
   EXPECT_EQ(77, untouched);
