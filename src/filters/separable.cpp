@@ -89,13 +89,18 @@ public:
     const FloatColumns<float, Dst, Coefficient, factor, Rounding::towardZero> columns{
         ColumnKernel<Coefficient>{spec_.columnKernel, spec_.kernelHeight}, reciprocal_};
     const int height = spec_.kernelHeight;
-    for (int i = 0; i < height - 1; ++i) fillRow(rows_[i], i - anchor_.y);
+    for (const bool real : {true, false})
+      for (int i = 0; i < height - 1; ++i)
+        if (isReal(i - anchor_.y) == real)
+          fillRow(i, i - anchor_.y);
     for (int y = 0; y < roi_.height; ++y) {
-      fillRow(rows_[height - 1], y - anchor_.y + height - 1);
+      fillRow(height - 1, y - anchor_.y + height - 1);
       withTaps(height, [&](auto taps) {
         filterRowGroup<taps, 1>(columns, rows_, View<Dst>{dst.row(y), dst.step}, roi_.width * channels);
       });
-      std::rotate(rows_, rows_ + 1, rows_ + height);
+      float* const oldest = rows_[0];
+      std::copy(rows_ + 1, rows_ + height, rows_);
+      rows_[height - 1] = oldest;
     }
   }
 
@@ -126,12 +131,26 @@ private:
   int reachRight() const { return spec_.kernelWidth - 1 - anchor_.x; }
   float coefficient(int j, int c) const { return static_cast<float>(spec_.rowKernel[j * channels + c]); }
 
-  /// Row y of the image extended at top and bottom, filtered.
-  void fillRow(float* row, int y) const {
+  /// In the image or in memory beyond it.
+  bool isReal(int y) const {
+    const SourceIndex source = mapIndex(y, roi_.height, columnBorder_);
+    return !source.isBorderValue && source.index == y;
+  }
+
+  /// Puts row y of the image, extended at top and bottom and filtered, in a place of the ring: the rows of the ring follow
+  /// each other. Rows outside the image are copied from the row that they repeat or reflect, where the ring has it.
+  void fillRow(int place, int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, columnBorder_);
     if (source.isBorderValue)
-      return fillConstant(row);
-    const Source* const s = src_.row(source.index);
+      return fillConstant(rows_[place]);
+    const int held = place + (source.index - y);
+    if (held != place && 0 <= held && held < spec_.kernelHeight - 1)
+      std::memcpy(rows_[place], rows_[held], static_cast<size_t>(roi_.width) * channels * sizeof(float));
+    else
+      filterRow(rows_[place], src_.row(source.index));
+  }
+
+  void filterRow(float* row, const Source* s) const {
     if constexpr (std::is_same_v<Source, float>) {
       // Where whole blocks see no pixels beyond the ends, they are filtered where they lie.
       constexpr int blockPixels = ChannelSums<channels>::blockLanes / channels;
