@@ -54,8 +54,9 @@ struct ChannelSums {
   template <class Coefficient>
   void expand(const Coefficient* kernel) const {
     for (int j = 0; j < count; ++j)
-      for (int i = 0; i < period * lanes; ++i)
-        table[j * period * lanes + i] = static_cast<float>(kernel[j * channels + i % channels]);
+      unrolled<period * lanes>([&, tap = kernel + j * channels ](auto i) __attribute__((always_inline)) {
+        table[j * period * lanes + i] = static_cast<float>(tap[i % channels]);
+      });
   }
 
   /// Writes the sums of src[0 .. samples - 1], which has (count - 1) * channels samples more, times the factor. Both may
