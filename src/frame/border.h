@@ -120,11 +120,8 @@ constexpr int mirroredIndex(int i, int n, bool lo, bool hi) {
   return i;
 }
 
-/// The one mapping from a wanted index to its source, for an axis of n pixels. Rows and columns are mapped
-/// independently; under a constant border a pixel is the border value as soon as either axis says so.
-constexpr SourceIndex mapIndex(int i, int n, AxisBorder border) {
-  if (0 <= i && i < n)
-    return {i};
+/// The mapping of an index outside 0 .. n - 1.
+constexpr SourceIndex mapOutside(int i, int n, AxisBorder border) {
   const bool inMemory = i < 0 ? border.lo : border.hi;
   switch (border.kind) {
     case orvBorderConstant:
@@ -136,6 +133,12 @@ constexpr SourceIndex mapIndex(int i, int n, AxisBorder border) {
     default:  // the bare all-in-memory word
       return {i};
   }
+}
+
+/// The one mapping from a wanted index to its source, for an axis of n pixels. Rows and columns are mapped
+/// independently; under a constant border a pixel is the border value as soon as either axis says so.
+constexpr SourceIndex mapIndex(int i, int n, AxisBorder border) {
+  return 0 <= i && i < n ? SourceIndex{i} : mapOutside(i, n, border);
 }
 
 }  // namespace orv
