@@ -45,9 +45,13 @@ template <int samples>
 F32x1 meanOf(F32x1 sum) {
   return sum * F32x1::broadcast(1.0f / samples);
 }
-template <int samples, class V>
-Pair<V> meanOf(Pair<V> sum) {
+template <int samples>
+Pair<F32x8> meanOf(Pair<F32x8> sum) {
   return {meanOf<samples>(sum.low), meanOf<samples>(sum.high)};
+}
+template <int samples>
+AlternateBytes meanOf(AlternateBytes sum) {
+  return {meanOf<samples>(sum.even), meanOf<samples>(sum.odd)};
 }
 
 template <int kernelRadius, class Sum>
@@ -55,6 +59,7 @@ struct Lowpass {
   static constexpr int radius = kernelRadius;
   static constexpr int samples = (2 * radius + 1) * (2 * radius + 1);
   using RowStages = Stages<Sum>;
+  using ByteVector = AlternateBytes;
   static auto column(auto, auto p) { return results(meanOf<samples>(Sum::apply(p))); }
 };
 using Lowpass3 = Lowpass<1, Sum3>;

@@ -1,101 +1,189 @@
-// The walk along a row of a filter with a small radius, in groups of samples that fill a vector.
+// The walk along the rows of a filter with a small radius, in groups of samples that fill a vector. A group's
+// neighbourhood is a window s, where s(j) is the vector of the samples j positions after the group's own.
 #pragma once
 
-#include <cstring>
+#include <immintrin.h>
+
+#include <algorithm>
+#include <iterator>
 
 #include "frame/border.h"
+#include "simd/float.h"
+#include "simd/pair.h"
 
 namespace orv {
 
-/// Divides the rows of an image into groups of `lanes` samples around which `radius` samples on either side can be
-/// read. Groups at the ends of a row, whose neighbours the border supplies, are read from short extended copies; all
-/// others straight from the source. A last group that isn't full steps back inside the row, so that some samples are
-/// visited twice. The division is the same for all rows.
-template <class Source, int lanes, int radius>
-class RowGroups {
+/// A window of which all samples can be read from the row.
+template <class V, class Source>
+struct RowWindow {
+  using Vector = V;
+  const Source* centre;
+
+  V operator()(int offset) const { return V::load(centre + offset); }
+  __m128i bytes(int offset) const requires(sizeof(Source) == 1) { return loadBytes(centre + offset); }
+};
+
+/// What stands in for the samples beyond the ends of the rows of an image. 16 bytes that reach beyond are read where
+/// they can be, and one shuffle puts every sample where it belongs.
+template <class Source, int radius>
+class RowEnds {
 public:
-  /// With lanes above 1, the width is at least `lanes`; singles are for narrower rows.
-  RowGroups(int width, AxisBorder border, Source borderValue)
-      : width_(width),
-        borderValue_(borderValue),
-        copiesWhole_(width < narrow),
-        copiesLeft_(!copiesWhole_ && !border.lo),
-        copiesRight_(!copiesWhole_ && !border.hi) {
-    for (int i = 0; i < radius; ++i) {
-      before_[i] = mapIndex(i - radius, width, border);
-      after_[i] = mapIndex(width + i, width, border);
+  static constexpr int lanes = 16 / static_cast<int>(sizeof(Source));
+
+  /// The width is at least `lanes`.
+  RowEnds(int width, AxisBorder border, Source borderValue)
+      : first_(border.lo ? -radius : 0), last_(width - lanes + (border.hi ? radius : 0)) {
+    for (int i = 0; i < lanes; ++i) pick(i, i);
+    for (int i = 1; i <= radius; ++i) {
+      standIn(-i, mapIndex(-i, width, border), 0, borderValue);
+      standIn(lanes - 1 + i, mapIndex(width - 1 + i, width, border), width - lanes, borderValue);
     }
-    const int rightmost = width - lanes;
-    if (copiesWhole_)
-      cover(leftCopy, 0, width, rightmost);
-    if (!copiesWhole_)
-      cover(source, copiesLeft_ ? lanes : 0, copiesRight_ ? rightmost : width, rightmost - (copiesRight_ ? radius : 0));
-    // The copies come last: by then they have left the store queue, and wide loads of narrow stores don't stall.
-    if (copiesLeft_)
-      cover(leftCopy, 0, lanes, 0);
-    if (copiesRight_)
-      cover(rightCopy, rightmost, width, rightmost);
   }
 
-  /// Calls step(s, x) for each group of the row, s pointing at its first sample and x telling its position.
+  /// Where 16 bytes are read, and their place among the picks.
+  struct Place {
+    int start, slot;
+  };
+  Place place(int x) const {
+    const int start = std::clamp(x, first_, last_);
+    return {start, radius + x - start};
+  }
+  [[gnu::always_inline]] __m128i load(const Source* row, Place at) const {
+    const __m128i picked = _mm_shuffle_epi8(loadBytes(row + at.start), loadBytes(&picks_[at.slot]));
+    return _mm_or_si128(picked, loadBytes(&constants_[at.slot]));
+  }
+
+private:
+  struct Pick {
+    uint8_t bytes[sizeof(Source)];
+  };
+  static constexpr uint8_t none = 0x80;
+
+  /// Slot `radius` belongs to the first sample that is read, where nothing is beyond.
+  void pick(int i, int lane) {
+    int byte = lane * static_cast<int>(sizeof(Source));
+    for (uint8_t& b : picks_[radius + i].bytes) b = static_cast<uint8_t>(byte++);
+  }
+  void standIn(int i, SourceIndex source, int start, Source borderValue) {
+    pick(i, source.index - start);
+    if (source.isBorderValue) {
+      std::fill(std::begin(picks_[radius + i].bytes), std::end(picks_[radius + i].bytes), none);
+      constants_[radius + i] = borderValue;
+    }
+  }
+
+  int first_, last_;
+  Pick picks_[lanes + 2 * radius];
+  Source constants_[lanes + 2 * radius] = {};
+};
+
+/// A group near the end of a row: the places of the outermost 16 bytes of each of its window's vectors, which are the
+/// first of those before the group and the last of those after it.
+template <class V, class Source, int radius>
+class EndGroup {
+public:
+  EndGroup() = default;
+  EndGroup(const RowEnds<Source, radius>& ends, int start, int place) : x(start), slot(place) {
+    for (int i = 1; i <= radius; ++i) {
+      places_[radius - i] = ends.place(start - i);
+      places_[radius + i] = ends.place(start + lastPart + i);
+    }
+  }
+
+  struct Window {
+    using Vector = V;
+    const RowEnds<Source, radius>& ends;
+    const EndGroup& group;
+    const Source* row;
+
+    [[gnu::always_inline]] V operator()(int offset) const {
+      if constexpr (sizeof(Source) == 1) {
+        return V::widen(bytes(offset));
+      } else {
+        const auto inside = [&](int lane) { return _mm_loadu_ps(row + group.x + offset + lane); };
+        const auto outermost = [&] { return _mm_castsi128_ps(ends.load(row, group.places_[radius + offset])); };
+        return {F32x8::fromHalves(offset < 0 ? outermost() : inside(0), inside(4)),
+                F32x8::fromHalves(inside(8), offset > 0 ? outermost() : inside(lastPart))};
+      }
+    }
+    [[gnu::always_inline]] __m128i bytes(int offset) const requires(sizeof(Source) == 1) {
+      return offset == 0 ? loadBytes(row + group.x) : ends.load(row, group.places_[radius + offset]);
+    }
+  };
+
+  int x, slot;
+
+private:
+  static constexpr int lastPart = V::lanes - RowEnds<Source, radius>::lanes;
+
+  typename RowEnds<Source, radius>::Place places_[2 * radius + 1];
+};
+
+/// The walk in vectors V along rows that are at least as wide. A last group that isn't full steps back inside the row,
+/// so that some samples are visited twice.
+template <class V, class Source, int radius>
+class RowGroups {
+public:
+  RowGroups(int width, AxisBorder border, Source borderValue) : ends_(width, border, borderValue) {
+    endGroups_[0] = {ends_, 0, 0};
+    int x = V::lanes;
+    while (x <= width - V::lanes - radius) x += V::lanes;
+    innerEnd_ = x;
+    for (; x < width; x += V::lanes) endGroups_[endGroupCount_++] = {ends_, std::min(x, width - V::lanes), x};
+  }
+
+  /// Calls step(x, slot, window) for each group from x on. window(row) is the neighbourhood in a row; the slots of
+  /// different groups are `lanes` apart from 0 on, and don't overlap where the groups do.
   template <class Step>
-  [[gnu::always_inline]] void forEach(const Source* row, Step step) {
-    const Source* bases[3];
-    bases[source] = row;
-    bases[leftCopy] = left_ + radius;
-    bases[rightCopy] = right_ + radius - (width_ - lanes);
-    if (copiesWhole_) {
-      extend(left_, row, before_);
-      std::memcpy(left_ + radius, row, static_cast<size_t>(width_) * sizeof(Source));
-      extend(left_ + radius + width_, row, after_);
-    }
-    if (copiesLeft_) {
-      extend(left_, row, before_);
-      std::memcpy(left_ + radius, row, (lanes + radius) * sizeof(Source));
-    }
-    if (copiesRight_) {
-      std::memcpy(right_, row + width_ - lanes - radius, (lanes + radius) * sizeof(Source));
-      extend(right_ + lanes + radius, row, after_);
-    }
-    for (int i = 0; i < stretchCount_; ++i) {
-      const auto [base, begin, last] = stretches_[i];
-      const Source* const samples = bases[base];
-      for (int x = begin; x <= last; x += lanes) step(samples + x, x);
+  [[gnu::always_inline]] void forEach(Step step) const {
+    for (int x = V::lanes, end = innerEnd_; x < end; x += V::lanes)
+      step(x, x, [x](const Source* row) { return RowWindow<V, Source>{row + x}; });
+    for (int i = 0; i < endGroupCount_; ++i) {
+      const EndGroup<V, Source, radius>& group = endGroups_[i];
+      step(group.x, group.slot, [&](const Source* row) {
+        return typename EndGroup<V, Source, radius>::Window{ends_, group, row};
+      });
     }
   }
 
 private:
-  /// Rows below this width are copied as a whole, so that a group that steps back never needs more than one copy.
-  static constexpr int narrow = 32;
-  static_assert(2 * lanes <= narrow && lanes + 2 * radius <= narrow);
+  RowEnds<Source, radius> ends_;
+  int innerEnd_;
+  int endGroupCount_ = 1;
+  EndGroup<V, Source, radius> endGroups_[3];
+};
 
-  enum Base { source, leftCopy, rightCopy };
-  struct Stretch {
-    Base base;
-    int begin, last;
-  };
+/// The walk in single values along rows that are narrower than a vector.
+template <class V, class Source>
+struct SingleWindow {
+  using Vector = V;
+  const Source* row;
+  int x, width;
+  AxisBorder border;
+  const Source& borderValue;
 
-  /// Groups for the samples begin .. end - 1, none starting after `last`.
-  void cover(Base base, int begin, int end, int last) {
-    if (begin <= last)
-      stretches_[stretchCount_++] = {base, begin, last};
-    const int covered = begin <= last ? begin + ((last - begin) / lanes + 1) * lanes : begin;
-    if (covered < end)
-      stretches_[stretchCount_++] = {base, last, last};
+  V operator()(int offset) const {
+    const SourceIndex source = mapIndex(x + offset, width, border);
+    return V::load(source.isBorderValue ? &borderValue : row + source.index);
+  }
+};
+
+template <class V, class Source, int radius>
+requires(V::lanes == 1) class RowGroups<V, Source, radius> {
+public:
+  RowGroups(int width, AxisBorder border, Source borderValue)
+      : width_(width), border_(border), borderValue_(borderValue) {}
+
+  template <class Step>
+  [[gnu::always_inline]] void forEach(Step step) const {
+    for (int x = 0; x < width_; ++x)
+      step(x, x, [&](const Source* row) { return SingleWindow<V, Source>{row, x, width_, border_, borderValue_}; });
   }
 
-  void extend(Source* copy, const Source* row, const SourceIndex (&outside)[radius]) const {
-    for (int i = 0; i < radius; ++i)
-      std::memcpy(copy + i, outside[i].isBorderValue ? &borderValue_ : row + outside[i].index, sizeof(Source));
-  }
-
+private:
   int width_;
+  AxisBorder border_;
   Source borderValue_;
-  bool copiesWhole_, copiesLeft_, copiesRight_;
-  SourceIndex before_[radius], after_[radius];
-  Stretch stretches_[5];
-  int stretchCount_ = 0;
-  Source left_[narrow + 2 * radius], right_[lanes + 2 * radius];
 };
 
 }  // namespace orv

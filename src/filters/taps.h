@@ -3,6 +3,8 @@
 // floats the order of the operations is part of the contract.
 #pragma once
 
+#include <type_traits>
+
 #include "simd/float.h"
 #include "simd/integer.h"
 #include "simd/pair.h"
@@ -36,12 +38,12 @@ Pair<V> times(Pair<V> a) {
   return {times<factor>(a.low), times<factor>(a.high)};
 }
 
-/// A window along a row of the source.
-template <class V, class Source>
-struct RowWindow {
-  const Source* centre;
-  V operator()(int offset) const { return V::load(centre + offset); }
-};
+/// A window along a row of bytes whose vectors are V.
+template <class Window, class V>
+concept BytesAs = requires(Window s) {
+  s.bytes(0);
+}
+&&std::is_same_v<typename Window::Vector, V>;
 
 /// The window's own sample, and the one after it
 struct Centre {
@@ -54,14 +56,26 @@ struct After {
 /// 1 0 1
 struct Neighbours3 {
   static auto apply(auto s) { return s(-1) + s(1); }
+  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<1, 1>(s.bytes(-1), s.bytes(1)); }
 };
 /// 1 1 1 and 1 1 1 1 1
 struct Sum3 {
-  static Pair<S16x8> apply(RowWindow<Pair<S16x8>, uint8_t> s) { return sumOfThree(s.centre - 1); }
   static auto apply(auto s) { return (s(-1) + s(0)) + s(1); }
+  static auto apply(BytesAs<AlternateBytes> auto s) {
+    using V = AlternateBytes;
+    const S16x8 both = V::sumsOfPairs(s.bytes(0));
+    return V{both + S16x8{V::evenOf(s.bytes(-1))}, both + S16x8{V::oddOf(s.bytes(1))}};
+  }
 };
 struct Sum5 {
   static auto apply(auto s) { return (((s(-2) + s(-1)) + s(0)) + s(1)) + s(2); }
+  static auto apply(BytesAs<AlternateBytes> auto s) {
+    using V = AlternateBytes;
+    const __m128i before = s.bytes(-2), after = s.bytes(2);
+    const S16x8 both = V::sumsOfPairs(s.bytes(0));
+    return V{(V::sumsOfPairs(before) + both) + S16x8{V::evenOf(after)},
+             (S16x8{V::oddOf(before)} + both) + V::sumsOfPairs(after)};
+  }
 };
 
 /// 1 2 1 and 1 4 6 4 1
@@ -79,6 +93,7 @@ struct SmoothScharr {
 /// -1 0 1 and -1 -2 0 2 1
 struct Difference3 {
   static auto apply(auto s) { return s(1) - s(-1); }
+  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<-1, 1>(s.bytes(-1), s.bytes(1)); }
 };
 struct Difference5 {
   static auto apply(auto s) { return (s(2) - s(-2)) + times<2>(s(1) - s(-1)); }
@@ -86,6 +101,7 @@ struct Difference5 {
 /// 1 0 -1 and 1 2 0 -2 -1
 struct NegatedDifference3 {
   static auto apply(auto s) { return s(-1) - s(1); }
+  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<1, -1>(s.bytes(-1), s.bytes(1)); }
 };
 struct NegatedDifference5 {
   static auto apply(auto s) { return (s(-2) - s(2)) + times<2>(s(-1) - s(1)); }

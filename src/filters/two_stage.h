@@ -47,6 +47,17 @@ struct StageOf<float> {
   using Single = F32x1;
 };
 
+/// The vectors of a filter. One that makes bytes of bytes may choose AlternateBytes.
+template <class Filter, class Source>
+struct BodyOf {
+  using Vector = typename StageOf<Source>::Body;
+};
+template <class Filter>
+requires requires { typename Filter::ByteVector; }
+struct BodyOf<Filter, uint8_t> {
+  using Vector = typename Filter::ByteVector;
+};
+
 template <class... Stage>
 struct Stages {
   static constexpr int count = sizeof...(Stage);
@@ -127,7 +138,8 @@ OrvStatus badFilterArguments(const BorderedImage<Source>& src, View<Result> dst,
 
 /// The walk over an image, in vectors or single values V. `rowDone(y)` is called after each finished row of results.
 template <class Filter, class V, class Source, class RowDone, class... Results>
-void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowDone, View<Results>... dst) {
+[[gnu::flatten]] void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowDone,
+                                   View<Results>... dst) {
   using Stage = typename StageOf<Source>::Sample;
   constexpr int radius = Filter::radius;
   constexpr int taps = 2 * radius + 1;
@@ -136,7 +148,7 @@ void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowD
 
   std::array<std::array<Stage*, taps>, planes> ring;
   for (auto& plane : ring)
-    for (Stage*& row : plane) row = scratch.take<Stage>(static_cast<size_t>(width));
+    for (Stage*& row : plane) row = scratch.take<Stage>(static_cast<size_t>(roundUp(width, V::lanes)));
   const auto rotate = [&] {
     for (auto& plane : ring) {
       Stage* const oldest = plane[0];
@@ -157,21 +169,25 @@ void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowD
     return source.isBorderValue ? constantRow : src.view.row(source.index);
   };
 
-  RowGroups<Source, V::lanes, radius> groups{width, horizontalBorder(src.borderMode), src.borderValue};
-  const auto rowStages = [&](const Source* s, int x) {
-    const auto values = Filter::RowStages::apply(RowWindow<V, Source>{s});
-    for (size_t plane = 0; plane < planes; ++plane) values[plane].store(ring[plane][taps - 1] + x);
+  const RowGroups<V, Source, radius> groups{width, horizontalBorder(src.borderMode), src.borderValue};
+  const auto rowStages = [&](auto window, int slot) {
+    const auto values = Filter::RowStages::apply(window);
+    for (size_t plane = 0; plane < planes; ++plane) values[plane].store(ring[plane][taps - 1] + slot);
     return values;
   };
-  for (int y = -radius; y < radius; ++y, rotate()) groups.forEach(sourceRow(y), rowStages);
+  for (int y = -radius; y < radius; ++y, rotate()) {
+    const Source* const newest = sourceRow(y);
+    groups.forEach([&](int, int slot, auto window) { rowStages(window(newest), slot); });
+  }
   for (int y = 0; y < height; ++y, rotate()) {
     const std::tuple<Results*...> dstRows{dst.row(y)...};
+    const Source* const newest = sourceRow(y + radius);
     const Source* const sourceCentre = src.view.row(y);
-    groups.forEach(sourceRow(y + radius), [&](const Source* s, int x) {
-      const auto values = rowStages(s, x);
+    groups.forEach([&](int x, int slot, auto window) {
+      const auto values = rowStages(window(newest), slot);
       [&]<size_t... plane, size_t... image>(std::index_sequence<plane...>, std::index_sequence<image...>) {
         const V centre = V::load(sourceCentre + x);
-        const auto out = Filter::column(centre, ColumnWindow<V, Stage, radius>{ring[plane], x, values[plane]}...);
+        const auto out = Filter::column(centre, ColumnWindow<V, Stage, radius>{ring[plane], slot, values[plane]}...);
         (out[image].store(std::get<image>(dstRows) + x), ...);
       }
       (std::make_index_sequence<planes>{}, std::index_sequence_for<Results...>{});
@@ -183,11 +199,11 @@ void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowD
 /// Runs a filter over an image whose arguments are checked.
 template <class Filter, class Source, class RowDone, class... Results>
 void filterTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowDone, View<Results>... dst) {
-  using Vectors = StageOf<Source>;
-  if (src.roi.width >= Vectors::Body::lanes)
-    walkTwoStage<Filter, typename Vectors::Body>(src, scratch, rowDone, dst...);
+  using Body = typename BodyOf<Filter, Source>::Vector;
+  if (src.roi.width >= Body::lanes)
+    walkTwoStage<Filter, Body>(src, scratch, rowDone, dst...);
   else
-    walkTwoStage<Filter, typename Vectors::Single>(src, scratch, rowDone, dst...);
+    walkTwoStage<Filter, typename StageOf<Source>::Single>(src, scratch, rowDone, dst...);
 }
 
 template <class Filter, class Source, class Result>
