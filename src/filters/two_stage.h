@@ -184,13 +184,13 @@ template <class Filter, class V, class Source, class RowDone, class... Results>
     const Source* const newest = sourceRow(y + radius);
     const Source* const sourceCentre = src.view.row(y);
     groups.forEach([&](int x, int slot, auto window) {
-      const auto values = rowStages(window(newest), slot);
-      [&]<size_t... plane, size_t... image>(std::index_sequence<plane...>, std::index_sequence<image...>) {
+      [&]<size_t... plane, size_t... image>(const auto values, std::index_sequence<plane...>,
+                                            std::index_sequence<image...>) {
         const V centre = V::load(sourceCentre + x);
         const auto out = Filter::column(centre, ColumnWindow<V, Stage, radius>{ring[plane], slot, values[plane]}...);
         (out[image].store(std::get<image>(dstRows) + x), ...);
       }
-      (std::make_index_sequence<planes>{}, std::index_sequence_for<Results...>{});
+      (rowStages(window(newest), slot), std::make_index_sequence<planes>{}, std::index_sequence_for<Results...>{});
     });
     rowDone(y);
   }
