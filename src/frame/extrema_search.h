@@ -31,10 +31,6 @@ struct Lowest {
     return std::numeric_limits<Sample>::has_infinity ? std::numeric_limits<Sample>::infinity()
                                                      : std::numeric_limits<Sample>::max();
   }
-  template <class Sample>
-  static bool improves(Sample candidate, Sample best) {
-    return candidate < best;
-  }
   template <class V, class Lanes>
   static V passOver(Lanes excluded, V a) {
     return onesWhere(excluded, a);
@@ -48,10 +44,6 @@ struct Highest {
   template <class Sample>
   static constexpr Sample worst() {
     return std::numeric_limits<Sample>::has_infinity ? -std::numeric_limits<Sample>::infinity() : Sample{};
-  }
-  template <class Sample>
-  static bool improves(Sample candidate, Sample best) {
-    return candidate > best;
   }
   template <class V, class Lanes>
   static V passOver(Lanes excluded, V a) {
@@ -70,22 +62,22 @@ public:
   void add(const Group& group) {
     best_ = Order{}(Order::passOver(group.excluded(), group.sample()), best_);
   }
+  /// Few rows improve, so their lanes are folded only if one of them does.
   void endRow(int y) {
-    const Sample ofRow = foldLanes(best_, Order{});
-    if (Order::improves(ofRow, value_)) {
-      value_ = ofRow;
+    if (anyDiffers(Order{}(best_, bar_), bar_)) {
+      bar_ = Vector::broadcast(foldLanes(best_, Order{}));
       row_ = y;
     }
     best_ = Vector::broadcast(Order::template worst<Sample>());
   }
-  Sample value() const { return value_; }
+  Sample value() const { return firstLane(bar_); }
   int row() const { return row_; }
 
 private:
   using Vector = typename VectorsOf<Sample>::Body;
 
   Vector best_ = Vector::broadcast(Order::template worst<Sample>());
-  Sample value_ = Order::template worst<Sample>();
+  Vector bar_ = best_;  ///< what a row must improve on
   int row_ = 0;
 };
 

@@ -35,4 +35,10 @@ inline unsigned equalBytes(U16x8 a, U16x8 b) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(a.v, b.v)));
 }
 
+inline bool anyDiffers(F32x8 a, F32x8 b) { return _mm256_movemask_ps(_mm256_cmp_ps(a.v, b.v, _CMP_NEQ_UQ)) != 0; }
+template <class V>
+bool anyDiffers(V a, V b) {
+  return equalBytes(a, b) != 0xffff;
+}
+
 }  // namespace orv
