@@ -26,25 +26,20 @@ struct Mask {
   MaskRow row(int y) const { return {bytes.row(y)}; }
 };
 
-/// 16 mask bytes a turn.
-inline uint64_t countZeros(const uint8_t* bytes, int length) {
-  SampleSum<uint8_t> zeros;
-  int x = 0;
-  for (; x <= length - 16; x += 16) {
-    const __m128i isZero = _mm_cmpeq_epi8(loadBytes(bytes + x), _mm_setzero_si128());
-    zeros.add({_mm_sub_epi8(_mm_setzero_si128(), isZero)});
-  }
-  uint64_t count = zeros.total();
-  for (; x < length; ++x) count += bytes[x] == 0;
-  return count;
-}
-
-/// The number of pixels that a mask selects.
+/// The number of pixels that a mask selects, 16 mask bytes a turn.
 inline uint64_t countSelected(Mask mask, OrvSize roi) {
-  uint64_t count = 0;
-  for (int y = 0; y < roi.height; ++y)
-    count += static_cast<uint64_t>(roi.width) - countZeros(mask.bytes.row(y), roi.width);
-  return count;
+  SampleSum<uint8_t> zeros;
+  uint64_t count = static_cast<uint64_t>(roi.width) * static_cast<uint64_t>(roi.height);
+  for (int y = 0; y < roi.height; ++y) {
+    const uint8_t* const bytes = mask.bytes.row(y);
+    int x = 0;
+    for (; x <= roi.width - 16; x += 16) {
+      const __m128i isZero = _mm_cmpeq_epi8(loadBytes(bytes + x), _mm_setzero_si128());
+      zeros.add({_mm_sub_epi8(_mm_setzero_si128(), isZero)});
+    }
+    for (; x < roi.width; ++x) count -= bytes[x] == 0;
+  }
+  return count - zeros.total();
 }
 
 // Excluded lanes: all bits set where a pixel takes no part; NoLanes where that can't be.

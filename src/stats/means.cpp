@@ -54,7 +54,7 @@ struct WeightedTally {
 
 class FloatSum : public WeightedTally {
 public:
-  void add(const auto& pixels) { sum_.add(pixels.weight() * pixels.sample()); }
+  void add(const auto& pixels) { sum_.add(pixels.weighted(pixels.sample())); }
   double sum() const { return sum_.total(); }
 
 private:
@@ -64,7 +64,7 @@ private:
 class FloatSums : public WeightedTally {
 public:
   void add(const auto& pixels) {
-    const auto samples = widen(pixels.weight() * pixels.sample());
+    const auto samples = widen(pixels.weighted(pixels.sample()));
     sum_.add(samples);
     squares_.add(samples * samples);
   }
@@ -80,7 +80,7 @@ public:
   explicit FloatDeviations(double mean) : mean_(mean) {}
   void add(const auto& pixels) {
     const auto samples = widen(pixels.sample());
-    const auto deviation = widen(pixels.weight()) * (samples - decltype(samples)::broadcast(mean_));
+    const auto deviation = pixels.weighted(samples - decltype(samples)::broadcast(mean_));
     squares_.add(deviation * deviation);
   }
   double squares() const { return squares_.total(); }

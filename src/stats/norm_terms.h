@@ -13,21 +13,21 @@ enum class NormKind { inf, l1, l2 };
 // magnitude enters the largest and the sum of magnitudes, the product is squared.
 struct OfSample {
   static auto exact(const auto& group) { return zeroWhere(group.excluded(), group.sample()); }
-  static auto magnitude(const auto& pixels) { return pixels.weight() * abs(pixels.sample()); }
-  static auto product(const auto& pixels) { return pixels.weight() * pixels.sample(); }
+  static auto magnitude(const auto& pixels) { return pixels.weighted(abs(pixels.sample())); }
+  static auto product(const auto& pixels) { return pixels.weighted(pixels.sample()); }
 };
 
 struct OfDifference {
   static auto exact(const auto& group) {
     return zeroWhere(group.excluded(), absDiff(group.sample(0), group.sample(1)));
   }
-  static auto product(const auto& pixels) { return pixels.weight() * (pixels.sample(0) - pixels.sample(1)); }
+  static auto product(const auto& pixels) { return pixels.weighted(pixels.sample(0) - pixels.sample(1)); }
   static auto magnitude(const auto& pixels) { return abs(product(pixels)); }
 };
 
 struct OfReference {
   static auto exact(const auto& group) { return zeroWhere(group.excluded(), group.sample(1)); }
-  static auto product(const auto& pixels) { return pixels.weight() * pixels.sample(1); }
+  static auto product(const auto& pixels) { return pixels.weighted(pixels.sample(1)); }
   static auto magnitude(const auto& pixels) { return abs(product(pixels)); }
 };
 
@@ -36,7 +36,7 @@ struct OfReference {
 struct OfDifferenceWideSingles : OfDifference {
   static auto magnitude(const auto& pixels) {
     if constexpr (std::remove_cvref_t<decltype(pixels)>::Vector::lanes == 1)
-      return abs(widen(pixels.weight()) * (widen(pixels.sample(0)) - widen(pixels.sample(1))));
+      return abs(pixels.weighted(widen(pixels.sample(0)) - widen(pixels.sample(1))));
     else
       return OfDifference::magnitude(pixels);
   }

@@ -9,27 +9,34 @@
 
 namespace orv {
 
-/// f: 1.0 where the pixel counts, +0.0 where it doesn't.
-inline F32x1 pixelWeight(F32x1, EveryPixel, int) { return F32x1::broadcast(1.0f); }
-inline F32x8 pixelWeight(F32x8, EveryPixel, int) { return F32x8::broadcast(1.0f); }
-template <class V>
-V pixelWeight(V, MaskRow mask, int x) {
-  return selectedWeight(mask.bytes + x, V::broadcast(1.0f));
-}
-
 /// One pixel or a group of 8 from x on.
 template <class Pixels, class Row, class Channel>
-struct WeightedPixels {
+class WeightedPixels {
+public:
   using Vector = Pixels;
 
-  const Row& row;
-  const Channel& channel;
-  int x;
+  WeightedPixels(const Row& row, const Channel& channel, int x) : row_(row), channel_(channel), x_(x) {}
 
   Vector sample(size_t image = 0) const {
-    return channel.template load<Vector>(row.samples[image] + x * Channel::channels);
+    return channel_.template load<Vector>(row_.samples[image] + x_ * Channel::channels);
   }
-  Vector weight() const { return pixelWeight(Vector{}, row.selection, x); }
+  /// A value of the pixels, widened or not, times f: 1.0 where the pixel counts, +0.0 where it doesn't.
+  template <class Value>
+  Value weighted(Value value) const {
+    if constexpr (std::is_same_v<decltype(Row::selection), EveryPixel>)
+      return value;
+    else if constexpr (std::is_same_v<Value, Vector>)
+      return weight() * value;
+    else
+      return widen(weight()) * value;
+  }
+
+private:
+  Vector weight() const { return selectedWeight(row_.selection.bytes + x_, Vector::broadcast(1.0f)); }
+
+  const Row& row_;
+  const Channel& channel_;
+  int x_;
 };
 
 /// Single pixels at the beginning of a row; all of it where its address is odd or the first group doesn't fit.
@@ -53,11 +60,11 @@ Tally walkWeighted(const Region<Channel, Selection, float, images>& region, Tall
     const Row row = region.row(y);
     const int head = leadingSingles(row.samples[0], width, channel);
     int x = 0;
-    for (; x < head; ++x) tally.add(WeightedPixels<F32x1, Row, Channel>{row, channel, x});
+    for (; x < head; ++x) tally.add(WeightedPixels<F32x1, Row, Channel>(row, channel, x));
     for (; x <= width - F32x8::lanes; x += F32x8::lanes)
-      tally.add(WeightedPixels<F32x8, Row, Channel>{row, channel, x});
+      tally.add(WeightedPixels<F32x8, Row, Channel>(row, channel, x));
     tally.endGroups();
-    for (; x < width; ++x) tally.add(WeightedPixels<F32x1, Row, Channel>{row, channel, x});
+    for (; x < width; ++x) tally.add(WeightedPixels<F32x1, Row, Channel>(row, channel, x));
     tally.endRow();
   }
   return tally;
