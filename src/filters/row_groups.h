@@ -5,6 +5,7 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "frame/border.h"
@@ -132,17 +133,14 @@ public:
     for (; x < width; x += V::lanes) endGroups_[endGroupCount_++] = {ends_, std::min(x, width - V::lanes), x};
   }
 
-  /// Calls step(x, slot, window) for each group from x on. window(row) is the neighbourhood in a row; the slots of
-  /// different groups are `lanes` apart from 0 on, and don't overlap where the groups do.
+  /// Calls step(x, slot, window) for each group of a row from x on. The slots of different groups are `lanes` apart from
+  /// 0 on, and don't overlap where the groups do.
   template <class Step>
-  [[gnu::always_inline]] void forEach(Step step) const {
-    for (int x = V::lanes, end = innerEnd_; x < end; x += V::lanes)
-      step(x, x, [x](const Source* row) { return RowWindow<V, Source>{row + x}; });
+  void forEach(const Source* row, Step step) const {
+    for (int x = V::lanes, end = innerEnd_; x < end; x += V::lanes) step(x, x, RowWindow<V, Source>{row + x});
     for (int i = 0; i < endGroupCount_; ++i) {
       const EndGroup<V, Source, radius>& group = endGroups_[i];
-      step(group.x, group.slot, [&](const Source* row) {
-        return typename EndGroup<V, Source, radius>::Window{ends_, group, row};
-      });
+      step(group.x, group.slot, typename EndGroup<V, Source, radius>::Window{ends_, group, row});
     }
   }
 
@@ -153,37 +151,37 @@ private:
   EndGroup<V, Source, radius> endGroups_[3];
 };
 
-/// The walk in single values along rows that are narrower than a vector.
-template <class V, class Source>
-struct SingleWindow {
-  using Vector = V;
-  const Source* row;
-  int x, width;
-  AxisBorder border;
-  const Source& borderValue;
-
-  V operator()(int offset) const {
-    const SourceIndex source = mapIndex(x + offset, width, border);
-    return V::load(source.isBorderValue ? &borderValue : row + source.index);
-  }
-};
-
+/// The walk in single values along rows that are narrower than a vector, in extended copies.
 template <class V, class Source, int radius>
 requires(V::lanes == 1) class RowGroups<V, Source, radius> {
 public:
-  RowGroups(int width, AxisBorder border, Source borderValue)
-      : width_(width), border_(border), borderValue_(borderValue) {}
+  RowGroups(int width, AxisBorder border, Source borderValue) : width_(width), borderValue_(borderValue) {
+    for (int i = 0; i < radius; ++i) {
+      before_[i] = mapIndex(i - radius, width, border);
+      after_[i] = mapIndex(width + i, width, border);
+    }
+  }
 
   template <class Step>
-  [[gnu::always_inline]] void forEach(Step step) const {
-    for (int x = 0; x < width_; ++x)
-      step(x, x, [&](const Source* row) { return SingleWindow<V, Source>{row, x, width_, border_, borderValue_}; });
+  void forEach(const Source* row, Step step) const {
+    Source copy[widest + 2 * radius];
+    extend(copy, row, before_);
+    std::memcpy(copy + radius, row, static_cast<size_t>(width_) * sizeof(Source));
+    extend(copy + radius + width_, row, after_);
+    for (int x = 0; x < width_; ++x) step(x, x, RowWindow<V, Source>{copy + radius + x});
   }
 
 private:
+  static constexpr int widest = 15;
+
+  void extend(Source* copy, const Source* row, const SourceIndex (&outside)[radius]) const {
+    for (int i = 0; i < radius; ++i)
+      std::memcpy(copy + i, outside[i].isBorderValue ? &borderValue_ : row + outside[i].index, sizeof(Source));
+  }
+
   int width_;
-  AxisBorder border_;
   Source borderValue_;
+  SourceIndex before_[radius], after_[radius];
 };
 
 }  // namespace orv

@@ -176,21 +176,19 @@ template <class Filter, class V, class Source, class RowDone, class... Results>
     return values;
   };
   for (int y = -radius; y < radius; ++y, rotate()) {
-    const Source* const newest = sourceRow(y);
-    groups.forEach([&](int, int slot, auto window) { rowStages(window(newest), slot); });
+    groups.forEach(sourceRow(y), [&](int, int slot, auto window) { rowStages(window, slot); });
   }
   for (int y = 0; y < height; ++y, rotate()) {
     const std::tuple<Results*...> dstRows{dst.row(y)...};
-    const Source* const newest = sourceRow(y + radius);
     const Source* const sourceCentre = src.view.row(y);
-    groups.forEach([&](int x, int slot, auto window) {
+    groups.forEach(sourceRow(y + radius), [&](int x, int slot, auto window) {
       [&]<size_t... plane, size_t... image>(const auto values, std::index_sequence<plane...>,
                                             std::index_sequence<image...>) {
         const V centre = V::load(sourceCentre + x);
         const auto out = Filter::column(centre, ColumnWindow<V, Stage, radius>{ring[plane], slot, values[plane]}...);
         (out[image].store(std::get<image>(dstRows) + x), ...);
       }
-      (rowStages(window(newest), slot), std::make_index_sequence<planes>{}, std::index_sequence_for<Results...>{});
+      (rowStages(window, slot), std::make_index_sequence<planes>{}, std::index_sequence_for<Results...>{});
     });
     rowDone(y);
   }
