@@ -45,6 +45,44 @@ concept BytesAs = requires(Window s) {
 }
 &&std::is_same_v<typename Window::Vector, V>;
 
+// Symmetric pairs of taps, and the tap between them. Two rows of bytes take one multiplication.
+
+/// factor * (s(-offset) + s(offset))
+template <int offset, int factor = 1>
+auto sumAround(auto s) {
+  if constexpr (factor == 1)
+    return s(-offset) + s(offset);
+  else
+    return times<factor>(s(-offset) + s(offset));
+}
+template <int offset, int factor = 1>
+auto sumAround(BytesAs<Pair<S16x8>> auto s) {
+  return sumOfProducts<factor, factor>(s.bytes(-offset), s.bytes(offset));
+}
+
+/// factor * (s(offset) - s(-offset))
+template <int offset, int factor = 1>
+auto differenceAround(auto s) {
+  if constexpr (factor == 1)
+    return s(offset) - s(-offset);
+  else
+    return times<factor>(s(offset) - s(-offset));
+}
+template <int offset, int factor = 1>
+auto differenceAround(BytesAs<Pair<S16x8>> auto s) {
+  return sumOfProducts<factor, -factor>(s.bytes(offset), s.bytes(-offset));
+}
+
+/// factor * s(0)
+template <int factor>
+auto middle(auto s) {
+  return times<factor>(s(0));
+}
+template <int factor>
+auto middle(BytesAs<Pair<S16x8>> auto s) {
+  return sumOfProducts<factor, 0>(s.bytes(0), s.bytes(0));
+}
+
 /// The window's own sample, and the one after it
 struct Centre {
   static auto apply(auto s) { return s(0); }
@@ -55,8 +93,7 @@ struct After {
 
 /// 1 0 1
 struct Neighbours3 {
-  static auto apply(auto s) { return s(-1) + s(1); }
-  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<1, 1>(s.bytes(-1), s.bytes(1)); }
+  static auto apply(auto s) { return sumAround<1>(s); }
 };
 /// 1 1 1 and 1 1 1 1 1
 struct Sum3 {
@@ -80,39 +117,37 @@ struct Sum5 {
 
 /// 1 2 1 and 1 4 6 4 1
 struct Smooth3 {
-  static auto apply(auto s) { return (s(-1) + s(1)) + times<2>(s(0)); }
+  static auto apply(auto s) { return sumAround<1>(s) + middle<2>(s); }
 };
 struct Smooth5 {
-  static auto apply(auto s) { return ((s(-2) + s(2)) + times<4>(s(-1) + s(1))) + times<6>(s(0)); }
+  static auto apply(auto s) { return (sumAround<2>(s) + sumAround<1, 4>(s)) + middle<6>(s); }
 };
 /// 3 10 3
 struct SmoothScharr {
-  static auto apply(auto s) { return times<3>(s(-1) + s(1)) + times<10>(s(0)); }
+  static auto apply(auto s) { return sumAround<1, 3>(s) + middle<10>(s); }
 };
 
 /// -1 0 1 and -1 -2 0 2 1
 struct Difference3 {
-  static auto apply(auto s) { return s(1) - s(-1); }
-  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<-1, 1>(s.bytes(-1), s.bytes(1)); }
+  static auto apply(auto s) { return differenceAround<1>(s); }
 };
 struct Difference5 {
-  static auto apply(auto s) { return (s(2) - s(-2)) + times<2>(s(1) - s(-1)); }
+  static auto apply(auto s) { return differenceAround<2>(s) + differenceAround<1, 2>(s); }
 };
 /// 1 0 -1 and 1 2 0 -2 -1
 struct NegatedDifference3 {
-  static auto apply(auto s) { return s(-1) - s(1); }
-  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumOfProducts<1, -1>(s.bytes(-1), s.bytes(1)); }
+  static auto apply(auto s) { return differenceAround<-1>(s); }
 };
 struct NegatedDifference5 {
-  static auto apply(auto s) { return (s(-2) - s(2)) + times<2>(s(-1) - s(1)); }
+  static auto apply(auto s) { return differenceAround<-2>(s) + differenceAround<-1, 2>(s); }
 };
 
 /// 1 -2 1 and 1 0 -2 0 1
 struct SecondDifference3 {
-  static auto apply(auto s) { return (s(-1) + s(1)) - times<2>(s(0)); }
+  static auto apply(auto s) { return sumAround<1>(s) - middle<2>(s); }
 };
 struct SecondDifference5 {
-  static auto apply(auto s) { return (s(-2) + s(2)) - times<2>(s(0)); }
+  static auto apply(auto s) { return sumAround<2>(s) - middle<2>(s); }
 };
 
 }  // namespace orv
