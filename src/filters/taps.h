@@ -45,7 +45,7 @@ concept BytesAs = requires(Window s) {
 }
 &&std::is_same_v<typename Window::Vector, V>;
 
-// Symmetric pairs of taps, and the tap between them. Two rows of bytes take one multiplication.
+// Symmetric pairs of taps, and the tap between them. Of bytes, two taps take one multiplication.
 
 /// factor * (s(-offset) + s(offset))
 template <int offset, int factor = 1>
@@ -98,6 +98,7 @@ struct Neighbours3 {
 /// 1 1 1 and 1 1 1 1 1
 struct Sum3 {
   static auto apply(auto s) { return (s(-1) + s(0)) + s(1); }
+  static auto apply(BytesAs<Pair<S16x8>> auto s) { return sumAround<1>(s) + s(0); }
   static auto apply(BytesAs<AlternateBytes> auto s) {
     using V = AlternateBytes;
     const S16x8 both = V::sumsOfPairs(s.bytes(0));

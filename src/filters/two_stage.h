@@ -137,6 +137,7 @@ OrvStatus badFilterArguments(const BorderedImage<Source>& src, View<Result> dst,
 }
 
 /// The walk over an image, in vectors or single values V. `rowDone(y)` is called after each finished row of results.
+/// Flattened, and with the row stage's values handed on by value, so that these stay in registers.
 template <class Filter, class V, class Source, class RowDone, class... Results>
 [[gnu::flatten]] void walkTwoStage(const BorderedImage<Source>& src, Carver scratch, RowDone rowDone,
                                    View<Results>... dst) {
