@@ -198,15 +198,10 @@ void expectChecks(const Member& member) {
 template <class Source, class Result, class Tap>
 void expectChecksum(const Member& member) {
   Checksum checksum;
-  const auto add = [&](const Images<Source, Result, Tap>& images) {
-    checksum.add(member.run(images.call()));
-    unifyNans(images.dst);
-    checksum.add(images.dst);
-  };
+  const auto add = [&](const Images<Source, Result, Tap>& images) { addRun(checksum, member, images); };
   forCases(member.name + " checksum", 24, [&](Random& random) { add({random, member, drawGeometry(random)}); });
   Random random(member.name, 1);
-  TestImage<Source> photo =
-      photographImage<Source>(member.channels == 1 ? "camera.png" : "chelsea.png", member.channels);
+  TestImage<Source> photo = memberPhotograph<Source>(member.channels);
   const OrvSize size = photo.size();
   std::vector<int> order;
   for (int y = 0; y < size.height; ++y) order.push_back(y);
@@ -214,21 +209,14 @@ void expectChecksum(const Member& member) {
   expectRecorded(member.name, checksum);
 }
 
-#define COLUMN_PIPELINE(type, channels, arithmetic, Source, Result, Tap)                                      \
-  static Member member_##type##_C##channels() {                                                               \
-    return {"orviFilterColumnPipeline_" #type "_C" #channels "R",                                             \
-            [](const Call& c) { return run(orviFilterColumnPipeline_##type##_C##channels##R, c); },           \
-            orviFilterColumnPipelineGetBufferSize_##type##_C##channels##R, channels, Arithmetic::arithmetic}; \
-  }                                                                                                           \
-  ORV_MODEL_TEST(orviFilterColumnPipeline_##type##_C##channels##R) {                                          \
-    expectModel<Source, Result, Tap>(member_##type##_C##channels());                                          \
-  }                                                                                                           \
-  ORV_CHECK_ORDER_TEST(orviFilterColumnPipeline_##type##_C##channels##R) {                                    \
-    expectChecks<Source, Result, Tap>(member_##type##_C##channels());                                         \
-  }                                                                                                           \
-  ORV_CHECKSUM_TEST(orviFilterColumnPipeline_##type##_C##channels##R) {                                       \
-    expectChecksum<Source, Result, Tap>(member_##type##_C##channels());                                       \
-  }
+#define COLUMN_PIPELINE(type, channels, arithmetic, Source, Result, Tap)                                              \
+  static Member member_##type##_C##channels() {                                                                       \
+    return {"orviFilterColumnPipeline_" #type "_C" #channels "R",                                                     \
+            [](const Call& c) { return run(orviFilterColumnPipeline_##type##_C##channels##R, c); },                   \
+            orviFilterColumnPipelineGetBufferSize_##type##_C##channels##R, channels, Arithmetic::arithmetic};         \
+  }                                                                                                                   \
+  ORV_MEMBER_TESTS(orviFilterColumnPipeline_##type##_C##channels##R, (member_##type##_C##channels()), Source, Result, \
+                   Tap)
 #define COLUMN_PIPELINES(type, arithmetic, Source, Result, Tap) \
   COLUMN_PIPELINE(type, 1, arithmetic, Source, Result, Tap)     \
   COLUMN_PIPELINE(type, 3, arithmetic, Source, Result, Tap)

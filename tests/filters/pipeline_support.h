@@ -13,7 +13,9 @@
 #include <vector>
 
 #include "frame/border_model.h"
+#include "support/checksums.h"
 #include "support/image.h"
+#include "support/photographs.h"
 
 namespace orvtest {
 
@@ -170,6 +172,19 @@ void expectSameUpToNans(const TestImage<Sample>& image, const TestImage<Sample>&
   unifyNans(image);
   unifyNans(expected);
   image.expectSame(expected);
+}
+
+/// The status and the result image of a member's run.
+void addRun(Checksum& checksum, const auto& member, const auto& images) {
+  checksum.add(member.run(images.call()));
+  unifyNans(images.dst);
+  checksum.add(images.dst);
+}
+
+/// The photograph for one channel or three.
+template <class Sample>
+TestImage<Sample> memberPhotograph(int channels) {
+  return photographImage<Sample>(channels == 1 ? "camera.png" : "chelsea.png", channels);
 }
 
 /// Samples for an image that is filtered: NaNs and infinities only now and then.

@@ -240,8 +240,7 @@ void expectChecksum(const Member& member) {
     add({random, member, drawGeometry(random, std::is_same_v<Source, uint16_t>)});
   });
   Random random(member.name, 1);
-  TestImage<Source> photo =
-      photographImage<Source>(member.channels == 1 ? "camera.png" : "chelsea.png", member.channels);
+  TestImage<Source> photo = memberPhotograph<Source>(member.channels);
   const OrvSize size = photo.size();
   add({random, member, {size, 5, 2, orvBorderMirror, 17}, {1, 4, 7, 4, 1}, std::move(photo)});
   expectRecorded(member.name, checksum);
@@ -253,15 +252,8 @@ void expectChecksum(const Member& member) {
             [](const Call& c) { return run(orviFilterRowBorderPipeline_##type##_C##channels##R, c); },           \
             orviFilterRowBorderPipelineGetBufferSize_##type##_C##channels##R, channels, Arithmetic::arithmetic}; \
   }                                                                                                              \
-  ORV_MODEL_TEST(orviFilterRowBorderPipeline_##type##_C##channels##R) {                                          \
-    expectModel<Source, Result, Tap>(member_##type##_C##channels());                                             \
-  }                                                                                                              \
-  ORV_CHECK_ORDER_TEST(orviFilterRowBorderPipeline_##type##_C##channels##R) {                                    \
-    expectChecks<Source, Result, Tap>(member_##type##_C##channels());                                            \
-  }                                                                                                              \
-  ORV_CHECKSUM_TEST(orviFilterRowBorderPipeline_##type##_C##channels##R) {                                       \
-    expectChecksum<Source, Result, Tap>(member_##type##_C##channels());                                          \
-  }
+  ORV_MEMBER_TESTS(orviFilterRowBorderPipeline_##type##_C##channels##R, (member_##type##_C##channels()), Source, \
+                   Result, Tap)
 #define ROW_PIPELINES(...) ROW_PIPELINES_(__VA_ARGS__)
 #define ROW_PIPELINES_(type, arithmetic, Source, Result, Tap) \
   ROW_PIPELINE(type, 1, arithmetic, Source, Result, Tap)      \

@@ -228,16 +228,11 @@ void expectChecks(const Member& member) {
 template <class Source, class Result, class Tap>
 void expectChecksum(const Member& member) {
   Checksum checksum;
-  const auto add = [&](const Images<Source, Result, Tap>& images) {
-    checksum.add(member.run(images.call()));
-    unifyNans(images.dst);
-    checksum.add(images.dst);
-  };
+  const auto add = [&](const Images<Source, Result, Tap>& images) { addRun(checksum, member, images); };
   forCases(member.name + " checksum", 24, [&](Random& random) { add({random, member, drawGeometry(random)}); });
   if (member.channels != 4) {
     Random random(member.name, 1);
-    TestImage<Source> photo =
-        photographImage<Source>(member.channels == 1 ? "camera.png" : "chelsea.png", member.channels);
+    TestImage<Source> photo = memberPhotograph<Source>(member.channels);
     std::vector<Tap> x;
     for (const int tap : {1, 4, 6, 4, 1})
       x.insert(x.end(), static_cast<size_t>(member.channels), static_cast<Tap>(tap));
@@ -256,15 +251,7 @@ void expectChecksum(const Member& member) {
     return {"orviFilterSeparable_" #type "_C" #channels "R_L",                                              \
             [](const Call& c) { return run(orviFilterSeparable_##type##_C##channels##R_L, c); }, channels}; \
   }                                                                                                         \
-  ORV_MODEL_TEST(orviFilterSeparable_##type##_C##channels##R_L) {                                           \
-    expectModel<Source, Result, Tap>(member_##type##_C##channels());                                        \
-  }                                                                                                         \
-  ORV_CHECK_ORDER_TEST(orviFilterSeparable_##type##_C##channels##R_L) {                                     \
-    expectChecks<Source, Result, Tap>(member_##type##_C##channels());                                       \
-  }                                                                                                         \
-  ORV_CHECKSUM_TEST(orviFilterSeparable_##type##_C##channels##R_L) {                                        \
-    expectChecksum<Source, Result, Tap>(member_##type##_C##channels());                                     \
-  }
+  ORV_MEMBER_TESTS(orviFilterSeparable_##type##_C##channels##R_L, (member_##type##_C##channels()), Source, Result, Tap)
 #define SEPARABLES(type, Source, Result, Tap) \
   SEPARABLE(type, 1, Source, Result, Tap)     \
   SEPARABLE(type, 3, Source, Result, Tap)     \

@@ -91,7 +91,7 @@ template <class Member>
 void expectChecks(auto* function, const std::string& name) {
   using Sample = typename Member::Sample;
   using Call = typename Member::Call;
-  Random random(name, 0);
+  Random random(name + " checks", 0);
   const OrvSize size{9, 3};
   const ReductionImages<Sample> images(random, size, Member::channels, Values::few);
   images.mask.fillWith(1);
@@ -114,34 +114,23 @@ void expectChecks(auto* function, const std::string& name) {
   if (sizeof(Sample) > 1)
     faults.push_back(alignFault<Sample>("src1Step", &Call::src1Step));
   if (Member::channels == 3)
-    faults.push_back(valueFault("coi", &Call::coi, {0, 4, -1, INT32_MIN, INT32_MAX}, orvStsBadChannelOfInterest));
+    faults.push_back(channelFault<Call>());
   order.verify();
 }
 
 template <class Member>
 void expectChecksum(auto* function, const std::string& name) {
-  using Sample = typename Member::Sample;
-  Checksum checksum;
-  const auto add = [&](Random& random, const ReductionImages<Sample>& images) {
-    const Outputs outputs(random);
-    checksum.add(Member::run(function, outputs.addTo(images.call(), 15)));
-    for (const GuardedBlock* block : {&outputs.minVal, &outputs.maxVal, &outputs.minIndex, &outputs.maxIndex})
-      checksum.add(*block);
-  };
-  forCases(name + " checksum", 24, [&](Random& random) {
-    add(random, ReductionImages<Sample>(random, drawSize(random), Member::channels, Values::anything));
-  });
-  Random random(name, 1);
-  ReductionImages<Sample> photo = photographReduction<Sample>(random, Member::channels);
-  photo.coi = 2;
-  add(random, photo);
-  expectRecorded(name, checksum);
+  using Images = ReductionImages<typename Member::Sample>;
+  expectReductionChecksum<typename Member::Sample>(
+      name, Member::channels, Values::anything, [&](Checksum& checksum, Random& random, const Images& images) {
+        const Outputs outputs(random);
+        checksum.add(Member::run(function, outputs.addTo(images.call(), 15)));
+        for (const GuardedBlock* block : {&outputs.minVal, &outputs.maxVal, &outputs.minIndex, &outputs.maxIndex})
+          checksum.add(*block);
+      });
 }
 
-#define MEMBER(name, Sample, channels, masked)                                                          \
-  ORV_MODEL_TEST(name) { expectModel<Member<Sample, channels, masked>>(name, #name); }                  \
-  ORV_CHECK_ORDER_TEST(name) { expectChecks<Member<Sample, channels, masked>>(name, #name " checks"); } \
-  ORV_CHECKSUM_TEST(name) { expectChecksum<Member<Sample, channels, masked>>(name, #name); }
+#define MEMBER(name, Sample, channels, masked) ORV_MEMBER_TESTS(name, (name, #name), Member<Sample, channels, masked>)
 #define MEMBERS(type, Sample)                            \
   MEMBER(orviMinMaxIndx_##type##_C1R, Sample, 1, false)  \
   MEMBER(orviMinMaxIndx_##type##_C3CR, Sample, 3, false) \

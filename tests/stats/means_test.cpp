@@ -80,7 +80,7 @@ template <class Member>
 void expectChecks(auto* function, const std::string& name) {
   using Sample = typename Member::Sample;
   using Call = typename Member::Call;
-  Random random(name, 0);
+  Random random(name + " checks", 0);
   const OrvSize size{9, 3};
   const ReductionImages<Sample> images(random, size, Member::channels, Values::few);
   images.protectInputs();
@@ -111,37 +111,27 @@ void expectChecks(auto* function, const std::string& name) {
   if (Member::masked && maskLast)
     faults.push_back(shortMask);
   if (Member::channels == 3)
-    faults.push_back(valueFault("coi", &Call::coi, {0, 4, -1, INT32_MIN, INT32_MAX}, orvStsBadChannelOfInterest));
+    faults.push_back(channelFault<Call>());
   order.verify();
 }
 
 template <class Member>
 void expectChecksum(auto* function, const std::string& name) {
-  using Sample = typename Member::Sample;
-  Checksum checksum;
-  const auto add = [&](const ReductionImages<Sample>& images) {
-    double mean = -1, stdDev = -1;
-    typename Member::Call call = images.call();
-    call.value = &mean;
-    call.stdDev = &stdDev;
-    checksum.add(Member::run(function, call));
-    checksum.add(mean);
-    checksum.add(stdDev);
-  };
-  forCases(name + " checksum", 24, [&](Random& random) {
-    add(ReductionImages<Sample>(random, drawSize(random), Member::channels, Values::ordinary));
-  });
-  Random random(name, 1);
-  ReductionImages<Sample> photo = photographReduction<Sample>(random, Member::channels);
-  photo.coi = 2;
-  add(photo);
-  expectRecorded(name, checksum);
+  using Images = ReductionImages<typename Member::Sample>;
+  expectReductionChecksum<typename Member::Sample>(name, Member::channels, Values::ordinary,
+                                                   [&](Checksum& checksum, Random&, const Images& images) {
+                                                     double mean = -1, stdDev = -1;
+                                                     typename Member::Call call = images.call();
+                                                     call.value = &mean;
+                                                     call.stdDev = &stdDev;
+                                                     checksum.add(Member::run(function, call));
+                                                     checksum.add(mean);
+                                                     checksum.add(stdDev);
+                                                   });
 }
 
-#define MEMBER(name, Sample, channels, masked, deviation)                                                          \
-  ORV_MODEL_TEST(name) { expectModel<Member<Sample, channels, masked, deviation>>(name, #name); }                  \
-  ORV_CHECK_ORDER_TEST(name) { expectChecks<Member<Sample, channels, masked, deviation>>(name, #name " checks"); } \
-  ORV_CHECKSUM_TEST(name) { expectChecksum<Member<Sample, channels, masked, deviation>>(name, #name); }
+#define MEMBER(name, Sample, channels, masked, deviation) \
+  ORV_MEMBER_TESTS(name, (name, #name), Member<Sample, channels, masked, deviation>)
 #define MEMBERS(type, Sample)                                   \
   MEMBER(orviMean_##type##_C1MR, Sample, 1, true, false)        \
   MEMBER(orviMean_##type##_C3CMR, Sample, 3, true, false)       \

@@ -70,7 +70,7 @@ template <class Member>
 void expectChecks(auto* function, const std::string& name) {
   using Sample = typename Member::Sample;
   using Call = typename Member::Call;
-  Random random(name, 0);
+  Random random(name + " checks", 0);
   const OrvSize size{9, 3};
   ReductionImages<Sample> images(random, size, Member::channels, Values::few);
   images.mask.fillWith(1);
@@ -103,37 +103,25 @@ void expectChecks(auto* function, const std::string& name) {
   if (!Member::twoImages)
     faults.push_back(shortMask);
   if (Member::channels == 3)
-    faults.push_back(valueFault("coi", &Call::coi, {0, 4, -1, INT32_MIN, INT32_MAX}, orvStsBadChannelOfInterest));
+    faults.push_back(channelFault<Call>());
   order.verify();
 }
 
 template <class Member>
 void expectChecksum(auto* function, const std::string& name) {
-  using Sample = typename Member::Sample;
-  Checksum checksum;
-  const auto add = [&](const ReductionImages<Sample>& images) {
-    double value = -1;
-    typename Member::Call call = images.call();
-    call.value = &value;
-    checksum.add(Member::run(function, call));
-    checksum.add(value);
-  };
-  forCases(name + " checksum", 24, [&](Random& random) {
-    add(ReductionImages<Sample>(random, drawSize(random), Member::channels, Values::ordinary));
-  });
-  Random random(name, 1);
-  ReductionImages<Sample> photo = photographReduction<Sample>(random, Member::channels);
-  photo.coi = 2;
-  add(photo);
-  expectRecorded(name, checksum);
+  using Images = ReductionImages<typename Member::Sample>;
+  expectReductionChecksum<typename Member::Sample>(name, Member::channels, Values::ordinary,
+                                                   [&](Checksum& checksum, Random&, const Images& images) {
+                                                     double value = -1;
+                                                     typename Member::Call call = images.call();
+                                                     call.value = &value;
+                                                     checksum.add(Member::run(function, call));
+                                                     checksum.add(value);
+                                                   });
 }
 
-#define NORM(name, family, norm, Sample, channels)                                                                \
-  ORV_MODEL_TEST(name) { expectModel<Member<Family::family, model::Norm::norm, Sample, channels>>(name, #name); } \
-  ORV_CHECK_ORDER_TEST(name) {                                                                                    \
-    expectChecks<Member<Family::family, model::Norm::norm, Sample, channels>>(name, #name " checks");             \
-  }                                                                                                               \
-  ORV_CHECKSUM_TEST(name) { expectChecksum<Member<Family::family, model::Norm::norm, Sample, channels>>(name, #name); }
+#define NORM(name, family, norm, Sample, channels) \
+  ORV_MEMBER_TESTS(name, (name, #name), Member<Family::family, model::Norm::norm, Sample, channels>)
 #define NORMS_OF_TYPE(function, family, norm, type, Sample) \
   NORM(function##_##type##_C1MR, family, norm, Sample, 1)   \
   NORM(function##_##type##_C3CMR, family, norm, Sample, 3)

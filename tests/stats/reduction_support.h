@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "stats/norms_model.h"
+#include "support/cases.h"
 #include "support/check_order.h"
+#include "support/checksums.h"
 #include "support/image.h"
 #include "support/photographs.h"
 
@@ -75,6 +77,25 @@ ReductionImages<Sample> photographReduction(Random& random, int channels) {
     images.mask.setPixel(x, y, photo.pixel(x, y) > photographSample<Sample>(128) ? 255 : 0);
   });
   return images;
+}
+
+/// Calls add(checksum, random, images) for drawn images and a photograph.
+template <class Sample, class Add>
+void expectReductionChecksum(const std::string& name, int channels, Values values, Add add) {
+  Checksum checksum;
+  forCases(name + " checksum", 24, [&](Random& random) {
+    add(checksum, random, ReductionImages<Sample>(random, drawSize(random), channels, values));
+  });
+  Random random(name, 1);
+  ReductionImages<Sample> photo = photographReduction<Sample>(random, channels);
+  photo.coi = 2;
+  add(checksum, random, photo);
+  expectRecorded(name, checksum);
+}
+
+template <class Call>
+Fault<Call> channelFault() {
+  return valueFault("coi", &Call::coi, {0, 4, -1, INT32_MIN, INT32_MAX}, orvStsBadChannelOfInterest);
 }
 
 template <class Sample>

@@ -44,3 +44,10 @@ private:
 #define ORV_MODEL_TEST(name) ORV_EXPORT_TEST(name, Model)
 #define ORV_CHECK_ORDER_TEST(name) ORV_EXPORT_TEST(name, CheckOrder)
 #define ORV_CHECKSUM_TEST(name) ORV_EXPORT_TEST(name, Checksum)
+
+// The three at once, of a family with the templates expectModel, expectChecks and expectChecksum. `arguments` stand in
+// parentheses, the template arguments come last.
+#define ORV_MEMBER_TESTS(name, arguments, ...)                        \
+  ORV_MODEL_TEST(name) { expectModel<__VA_ARGS__> arguments; }        \
+  ORV_CHECK_ORDER_TEST(name) { expectChecks<__VA_ARGS__> arguments; } \
+  ORV_CHECKSUM_TEST(name) { expectChecksum<__VA_ARGS__> arguments; }
