@@ -40,7 +40,7 @@ public:
         unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
           sums[row][i] = productOf(sums[row][i], F32x8::broadcast(factor_));
         });
-      storeNarrowed<blockRounding>(sums[row], dst.row(row) + x);
+      storeNarrowed<blockRounding, Dst>(sums[row], dst.row(row) + x);
     });
   }
 
@@ -49,9 +49,9 @@ public:
     constexpr int lanes = F32x8::lanes;
     if (width >= lanes) {
       if (width - x > lanes)
-        storeNarrowed<tailRounding>(tailSums<F32x8>(srcRows, x).v, dst + x);
+        storeNarrowed<tailRounding, Dst>(tailSums<F32x8>(srcRows, x).v, dst + x);
       Dst last[lanes];
-      storeNarrowed<tailRounding>(tailSums<F32x8>(srcRows, width - lanes).v, last);
+      storeNarrowed<tailRounding, Dst>(tailSums<F32x8>(srcRows, width - lanes).v, last);
       const int rest = std::min(width - x, lanes);
       std::memcpy(dst + width - rest, last + lanes - rest, static_cast<size_t>(rest) * sizeof(Dst));
     } else {

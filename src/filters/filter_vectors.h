@@ -107,11 +107,19 @@ __m128i packBytes(__m128i low, __m128i high) {
   return std::is_same_v<Sample, uint8_t> ? _mm_packus_epi16(low, high) : _mm_packs_epi16(low, high);
 }
 
-/// Stores 8 or 16 floats as samples: clamped to the range of the type and rounded; floats as they are.
-template <Rounding rounding, class Sample, int vectors>
-[[gnu::always_inline]] inline void storeNarrowed(const F32x8 (&values)[vectors], Sample* p) {
+/// Stores 8 floats or more as samples of the type: clamped to its range and rounded; floats as they are. Integers may be
+/// kept as floats.
+template <Rounding rounding, class Sample, class Kept, int vectors>
+[[gnu::always_inline]] inline void storeNarrowed(const F32x8 (&values)[vectors], Kept* p) {
   if constexpr (std::is_same_v<Sample, float>) {
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) { values[i].store(p + 8 * i); });
+  } else if constexpr (std::is_same_v<Kept, float>) {
+    const __m256 lowest = _mm256_set1_ps(std::numeric_limits<Sample>::min());
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+      const __m256 clamped = _mm256_max_ps(cutAbove<Sample>(values[i]).v, lowest);
+      constexpr int mode = rounding == Rounding::toNearestEven ? _MM_FROUND_TO_NEAREST_INT : _MM_FROUND_TO_ZERO;
+      F32x8{_mm256_round_ps(clamped, mode | _MM_FROUND_NO_EXC)}.store(p + 8 * i);
+    });
   } else if constexpr (sizeof(Sample) == 2) {
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
       store128(p + 8 * i, packWords<Sample>(toInts<rounding>(cutAbove<Sample>(values[i]))));

@@ -1,13 +1,14 @@
-// The Gaussian filter on the row and column pipelines: 16-bit rows between the passes for integer images. Rows are
-// filtered a band at a time into a ring, and a band's array of row pointers leads to what earlier bands left there.
+// The Gaussian filter on the row and column pipelines. Each row is filtered once, into a ring of float rows, where the
+// results of the row pass are kept that are 16-bit integers for integer images; an array of row pointers leads to what
+// an output row sees of it.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 
+#include "filters/column_forms.h"
 #include "filters/gaussian_kernel.h"
-#include "filters/pipelines.h"
-#include "frame/blocks.h"
+#include "filters/row_forms.h"
 #include "frame/border.h"
 #include "frame/fill.h"
 #include "frame/views.h"
@@ -30,16 +31,26 @@ GaussianSpec specIn(const void* block) {
   return spec;
 }
 
-/// What a sample type filters with: its samples between the passes, its coefficients.
+/// The coefficients of a sample type, and where its pipelines scale the sums of blocks down a column.
 template <class Sample>
 struct Form {
-  using Row = Sample;
   using Coefficient = Sample;
+  static constexpr Factor columnFactor = Factor::inCoefficients;
 };
 template <>
 struct Form<uint8_t> {
-  using Row = int16_t;
   using Coefficient = int16_t;
+  static constexpr Factor columnFactor = Factor::inCoefficients;
+};
+template <>
+struct Form<uint16_t> {
+  using Coefficient = uint16_t;
+  static constexpr Factor columnFactor = Factor::onSum;
+};
+template <>
+struct Form<float> {
+  using Coefficient = float;
+  static constexpr Factor columnFactor = Factor::none;
 };
 
 /// The pipelines' buffer queries for a data type.
@@ -67,100 +78,109 @@ PipelineQueries pipelineQueries(OrvDataType dataType, int numChannels) {
 #undef ORV_QUERIES
 }
 
-/// Samples from one row of the ring to the next.
-constexpr uint32_t ringRowSamples(int width, int kernelSize, int channels) {
-  return ((static_cast<uint32_t>(kernelSize) + static_cast<uint32_t>(width)) * static_cast<uint32_t>(channels) + 7) &
-         ~7u;
-}
-
-/// A band of `bandRows` rows, an even number because columns are filtered two rows at a time, sees
-/// bandRows + kernelSize - 1 filtered rows, which never share a place in the ring.
-template <class Sample, int channels>
-class GaussianBands {
-  using Row = typename Form<Sample>::Row;
+/// A specification block's kernel.
+template <class Sample>
+struct GaussianKernel {
   using Coefficient = typename Form<Sample>::Coefficient;
+  const Coefficient* taps;  ///< at any address
+  int size, divisor;
 
-public:
-  GaussianBands(const void* block, View<const Sample> src, OrvSize roi, const Sample* borderValue, void* buffer)
-      : src_(src), roi_(roi), borderValue_(borderValue) {
-    const GaussianSpec spec = specIn(block);
-    kernelSize_ = spec.kernelSize;
-    radius_ = kernelSize_ / 2;
-    borderMode_ = spec.borderMode;
-    vertical_ = verticalBorder(borderMode_);
-    bandRows_ = std::min(roi.height, kernelSize_ + 1);
-    ringRows_ = bandRows_ + kernelSize_ - 1;
-
-    const auto taps = static_cast<size_t>(kernelSize_);
-    const size_t rowSamples = ringRowSamples(roi.width, kernelSize_, channels);
-    Carver carver(buffer);
-    ring_ = {carver.take<Row>(rowSamples * static_cast<size_t>(ringRows_)), static_cast<int>(rowSamples * sizeof(Row))};
-    constantRow_ = carver.take<Row>(rowSamples);
-    rowPointers_ = carver.take<Row*>(static_cast<size_t>(ringRows_));
+  /// Float coefficients, each of which the block holds several times, are gathered.
+  GaussianKernel(const void* block, const GaussianSpec& spec, Carver& carver) : size(spec.kernelSize), divisor(1) {
     const char* const table = static_cast<const char*>(block) + tableStart;
     if constexpr (std::is_same_v<Sample, float>) {
-      float* const gathered = carver.take<float>(taps);
-      for (size_t tap = 0; tap < taps; ++tap)
-        std::memcpy(gathered + tap, table + tap * floatCopies * sizeof(float), sizeof(float));
-      taps_ = gathered;
+      float* const gathered = carver.take<float>(static_cast<size_t>(size));
+      for (int tap = 0; tap < size; ++tap)
+        std::memcpy(gathered + tap, table + static_cast<size_t>(tap * floatCopies) * sizeof(float), sizeof(float));
+      taps = gathered;
     } else {
-      divisor_ = static_cast<int>(1u << spec.shift);
-      taps_ = reinterpret_cast<const Coefficient*>(table);
+      divisor = static_cast<int>(1u << spec.shift);
+      taps = reinterpret_cast<const Coefficient*>(table);
     }
-    rowBuffer_ = carver.take<uint8_t>(0);
-    if (vertical_.kind == orvBorderConstant && !(vertical_.lo && vertical_.hi))
-      fillConstantRow();
   }
 
+  int radius() const { return size / 2; }
+  RowKernel<Coefficient> row() const { return {taps, size, radius(), divisor}; }
+  ColumnKernel<Coefficient> column() const { return {taps, size, divisor}; }
+};
+
+/// The rows that an output row sees lie in a ring of as many rows as the kernel has taps.
+template <class Sample, int channels>
+class GaussianEngine {
+public:
+  GaussianEngine(const void* block, View<const Sample> src, OrvSize roi, const Sample* borderValue, void* buffer)
+      : GaussianEngine(block, specIn(block), src, roi, borderValue, Carver{buffer}) {}
+
   void run(View<Sample> dst) {
-    for (int y = 0; y < roi_.height; y += bandRows_) filterBand(y, std::min(bandRows_, roi_.height - y), dst);
+    const int radius = kernel_.radius();
+    const int firstReal = vertical_.lo ? -radius : 0;
+    const int endReal = roi_.height + (vertical_.hi ? radius : 0);
+    const auto filterRow = [&](int y) { filterRow_(src_.row(y), ringRow(y)); };
+    for (int y = firstReal; y < std::min(radius, endReal); ++y) filterRow(y);
+    for (int tap = 0; tap < kernel_.size; ++tap) rows_[tap] = sourceOf(tap - radius);
+    for (int y = 0; y < roi_.height; ++y) {
+      const int entering = y + radius;
+      if (entering < endReal)
+        filterRow(entering);
+      if (y > 0) {
+        for (int tap = 1; tap < kernel_.size; ++tap) rows_[tap - 1] = rows_[tap];
+        rows_[kernel_.size - 1] = sourceOf(entering);
+      }
+      withTaps(kernel_.size, [&](auto taps) {
+        filterRowGroup<taps, 1>(columns_, rows_, View<Sample>{dst.row(y), dst.step}, rowSamples());
+      });
+    }
   }
 
 private:
-  Row* ringRow(int y) const { return ring_.row((y + radius_) % ringRows_); }
+  using Columns = FloatColumns<float, Sample, typename Form<Sample>::Coefficient, Form<Sample>::columnFactor>;
 
-  void fillConstantRow() {
-    Row value[channels];
-    std::copy_n(borderValue_, channels, value);
-    FillPattern(value, sizeof value).fill(constantRow_, static_cast<size_t>(roi_.width) * sizeof value);
+  GaussianEngine(const void* block, const GaussianSpec& spec, View<const Sample> src, OrvSize roi,
+                 const Sample* borderValue, Carver carver)
+      : src_(src),
+        roi_(roi),
+        vertical_(verticalBorder(spec.borderMode)),
+        kernel_(block, spec, carver),
+        columns_(kernel_.column(), reciprocal(kernel_.divisor)),
+        rows_(carver.take<const float*>(static_cast<size_t>(kernel_.size))),
+        ring_{carver.take<float>(ringRowSamples() * static_cast<size_t>(kernel_.size)),
+              static_cast<int>(ringRowSamples() * sizeof(float))},
+        constantRow_(takeConstantRow(carver, borderValue)),
+        filterRow_(roi.width, kernel_.row(), RowBorder<Sample>{spec.borderMode, borderValue}, carver.take<uint8_t>(0)) {
   }
 
-  /// Rows above and below the image are those rows of the ring that they repeat or reflect: both lie within the reach
-  /// of the same band.
-  Row* sourceOf(int y) const {
+  int rowSamples() const { return roi_.width * channels; }
+  size_t ringRowSamples() const { return static_cast<size_t>(roundUp(rowSamples(), F32x8::lanes)); }
+
+  /// What rows above and below the image are under a constant border.
+  const float* takeConstantRow(Carver& carver, const Sample* borderValue) const {
+    if (vertical_.kind != orvBorderConstant || (vertical_.lo && vertical_.hi))
+      return nullptr;
+    float* const row = carver.take<float>(ringRowSamples());
+    float value[channels];
+    for (int c = 0; c < channels; ++c) value[c] = static_cast<float>(loadSample(borderValue + c));
+    FillPattern(value, sizeof value).fill(row, static_cast<size_t>(roi_.width) * sizeof value);
+    return row;
+  }
+
+  float* ringRow(int y) const { return ring_.row((y + kernel_.radius()) % kernel_.size); }
+
+  /// Rows above and below the image are rows of the ring that they repeat or reflect: an output row that sees one of
+  /// them sees its source too.
+  const float* sourceOf(int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, vertical_);
     return source.isBorderValue ? constantRow_ : ringRow(source.index);
   }
 
-  void filterBand(int y, int height, View<Sample> dst) {
-    const int first = y - radius_;
-    const int end = y + height + radius_;
-    for (int row = first; row < end; ++row) rowPointers_[row - first] = sourceOf(row);
-
-    const int firstReal = vertical_.lo ? first : 0;
-    const int entering = std::max(y == 0 ? first : y + radius_, firstReal);
-    const int leaving = vertical_.hi ? end : std::min(end, roi_.height);
-    if (entering < leaving)
-      filterRows(View<const Sample>{src_.row(entering), src_.step}, rowPointers_ + (entering - first),
-                 OrvSize{roi_.width, leaving - entering}, channels,
-                 RowKernel<Coefficient>{taps_, kernelSize_, radius_, divisor_},
-                 RowBorder<Sample>{borderMode_, borderValue_}, rowBuffer_);
-    filterColumns(rowPointers_, View<Sample>{dst.row(y), dst.step}, OrvSize{roi_.width * channels, height},
-                  ColumnKernel<Coefficient>{taps_, kernelSize_, divisor_});
-  }
-
   View<const Sample> src_;
   OrvSize roi_;
-  const Sample* borderValue_;
-  int kernelSize_, radius_, bandRows_, ringRows_;
-  int divisor_ = 1;
-  OrvBorderMode borderMode_;
   AxisBorder vertical_;
-  View<Row> ring_;
-  Row* constantRow_;
-  Row** rowPointers_;
-  const Coefficient* taps_;
-  uint8_t* rowBuffer_;
+  GaussianKernel<Sample> kernel_;
+  Columns columns_;
+  const float** rows_;
+  View<float> ring_;
+  const float* constantRow_;
+  RowFilter<Sample, channels, float> filterRow_;
 };
 
 template <int channels, class Sample>
@@ -176,7 +196,7 @@ OrvStatus filterGaussianBorder(View<const Sample> src, View<Sample> dst, OrvSize
           [&] { return badBorder(specIn(spec).borderMode, filterBorders); },
           [&] { return badTapCount(specIn(spec).kernelSize); }, badDivisor))
     return status;
-  GaussianBands<Sample, channels>(spec, src, roi, borderValue, buffer).run(dst);
+  GaussianEngine<Sample, channels>(spec, src, roi, borderValue, buffer).run(dst);
   return orvStsOk;
 }
 
@@ -199,7 +219,8 @@ OrvStatus orviFilterGaussianGetBufferSize(OrvSize roi, int kernelSize, OrvDataTy
 
   // Sizes past the range of the result wrap.
   const auto H = static_cast<uint32_t>(roi.height);
-  const uint32_t R = ringRowSamples(roi.width, kernelSize, numChannels);
+  const auto W = static_cast<uint32_t>(roi.width);
+  const uint32_t R = ((K + W) * static_cast<uint32_t>(numChannels) + 7) & ~7u;
   const uint32_t B = std::min(H, K);
   const uint32_t pipes = static_cast<uint32_t>(rowPipe) + 32 + static_cast<uint32_t>(columnPipe) + 32;
   if (dataType == orvDataType32f) {

@@ -22,7 +22,7 @@ template <class Source, int channels>
 struct IntegerTaps {
   const int16_t* kernel;
   int count;
-  float* pairs;  ///< the bits of two 16-bit coefficients
+  const float* pairs;
 
   static constexpr int wide = 8;
   static constexpr int wideReach = 16 / sizeof(Source);
@@ -30,12 +30,13 @@ struct IntegerTaps {
   static constexpr int pairCount(int taps) { return (taps + 1) / 2; }
   static constexpr int firstTap(int pair, int taps) { return std::max(std::min(2 * pair, taps - 2), 0); }
 
-  void expandPairs() const {
-    for (int t = 0; t < pairCount(count); ++t) {
-      const int j = firstTap(t, count);
+  /// The bits of two 16-bit coefficients an entry.
+  static void expand(const int16_t* kernel, int taps, float* pairs) {
+    for (int t = 0; t < pairCount(taps); ++t) {
+      const int j = firstTap(t, taps);
       const bool counted = j != 2 * t;
       const auto first = static_cast<uint16_t>(counted ? 0 : loadSample(kernel + j));
-      const auto second = static_cast<uint16_t>(j + 1 < count ? loadSample(kernel + j + 1) : 0);
+      const auto second = static_cast<uint16_t>(j + 1 < taps ? loadSample(kernel + j + 1) : 0);
       pairs[t] = std::bit_cast<float>(first | static_cast<uint32_t>(second) << 16);
     }
   }
@@ -119,24 +120,18 @@ template <int taps, int channels, class V, int vectors, class Source, class Coef
     for (int j = 1; j < count; ++j) products(j, addTo);
 }
 
-/// Float sums of samples of any type; the coefficients may be scaled beforehand.
-template <class Source, int channels>
-struct FloatTaps {
-  float* coefficients;
+/// Sums of one vector for each 8 outputs, with a single sample beside it for the ends of a row.
+template <class Source, int channels, class Vector, class Single, class Coefficient>
+struct VectorTaps {
+  const Coefficient* coefficients;
   int count;
 
   static constexpr int wide = 32;
   static constexpr int wideReach = wide;
 
-  template <class Coefficient>
-  void expand(const Coefficient* kernel, float scale) const {
-    for (int j = 0; j < count; ++j)
-      coefficients[j] = static_cast<float>(loadSample(kernel + j)) * scale / loadedUnit<Source>;
-  }
-
   template <bool wideBlock>
   struct Sums {
-    F32x8 v[wideBlock ? wide / 8 : 1];
+    Vector v[wideBlock ? wide / 8 : 1];
   };
 
   template <int taps, bool wideBlock>
@@ -146,12 +141,20 @@ struct FloatTaps {
     return sums;
   }
 
-  F32x1 single(const Source* s) const {
-    F32x1 sums[1];
+  Single single(const Source* s) const {
+    Single sums[1];
     sumTaps<0, channels>(s, coefficients, count, sums);
     return sums[0];
   }
 };
+
+/// Float sums of samples of any type.
+template <class Source, int channels>
+using FloatTaps = VectorTaps<Source, channels, F32x8, F32x1, float>;
+
+/// Sums that wrap to 16 bits at every step; single sums keep 32 bits.
+template <int channels>
+using WrappingTaps = VectorTaps<int16_t, channels, Wrapping16x8, Wrapping32x1, WordPair>;
 
 /// Float sums of three or five taps that add the mirrored samples of a symmetric kernel first.
 template <class Source, int channels>
@@ -181,79 +184,75 @@ private:
   }
 };
 
-/// Sums that wrap to 16 bits at every step; single sums keep 32 bits.
-template <int channels>
-struct WrappingTaps {
-  WordPair* coefficients;
-  int count;
-
-  static constexpr int wide = 32;
-  static constexpr int wideReach = wide;
-
-  template <bool wideBlock>
-  struct Sums {
-    Wrapping16x8 v[wideBlock ? wide / 8 : 1];
-  };
-
-  template <int taps, bool wideBlock>
-  [[gnu::always_inline]] Sums<wideBlock> sum(const int16_t* s) const {
-    Sums<wideBlock> sums;
-    sumTaps<taps, channels>(s, coefficients, count, sums.v);
-    return sums;
-  }
-
-  Wrapping32x1 single(const int16_t* s) const {
-    Wrapping32x1 sums[1];
-    sumTaps<0, channels>(s, coefficients, count, sums);
-    return sums[0];
-  }
-};
-
-/// An integer or float sum times a factor, narrowed to the result type. The centre of a row rounds to nearest even and
-/// its edges truncate: the two differ by design.
-template <class Result>
-struct Scaled {
-  float factor;
-
+/// A float sum, narrowed to the range of the row's samples. The centre of a row rounds to nearest even and its edges
+/// truncate: the two differ by design. Integer samples may be kept as floats; float samples are the sums as they are.
+template <class Sample, class Kept>
+struct Narrowed {
   static constexpr Rounding centreRounding = Rounding::toNearestEven;
   static constexpr Rounding edgeRounding = Rounding::towardZero;
 
-  template <int quarters>
-  [[gnu::always_inline]] void store(const __m128i (&sums)[quarters], Result* d) const {
-    if (factor == 1.0f) {  // the saturation of the integer is the clamping of the float
-      unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
-        store128(d + 8 * i, _mm_packs_epi32(sums[2 * i], sums[2 * i + 1]));
-      });
-    } else {
-      F32x8 floats[quarters / 2];
-      unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
-        floats[i] = F32x8::fromInts(sums[2 * i], sums[2 * i + 1]);
-      });
-      store(floats, d);
-    }
+  template <int vectors>
+  [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Kept* d) const {
+    storeNarrowed<centreRounding, Sample>(sums, d);
   }
   template <int vectors>
-  [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Result* d) const {
-    F32x8 scaled[vectors];
-    unrolled<vectors>([&](auto i)
-                          __attribute__((always_inline)) { scaled[i] = productOf(sums[i], F32x8::broadcast(factor)); });
-    storeNarrowed<centreRounding>(scaled, d);
+  [[gnu::always_inline]] void storeEdge(const F32x8 (&sums)[vectors], Kept* d) const {
+    storeNarrowed<edgeRounding, Sample>(sums, d);
   }
-
-  Result centre(F32x1 sum) const { return narrowed<centreRounding, Result>(sum * F32x1::broadcast(factor)); }
-  Result edge(F32x1 sum) const { return narrowed<edgeRounding, Result>(sum * F32x1::broadcast(factor)); }
-  Result centre(int32_t sum) const { return centre(F32x1::broadcast(static_cast<float>(sum))); }
-  Result edge(int32_t sum) const { return edge(F32x1::broadcast(static_cast<float>(sum))); }
+  Kept centre(F32x1 sum) const { return narrowed<centreRounding, Sample>(sum); }
+  Kept edge(F32x1 sum) const { return narrowed<edgeRounding, Sample>(sum); }
 };
 
-/// Float sums as they are, in the centre and at the edges.
-struct Unscaled {
+/// An integer or float sum times a factor, narrowed.
+template <class Sample, class Kept>
+struct Scaled : Narrowed<Sample, Kept> {
+  using Base = Narrowed<Sample, Kept>;
+  float factor;
+
+  explicit Scaled(float by) : factor(by) {}
+
   template <int vectors>
-  void store(const F32x8 (&sums)[vectors], float* d) const {
-    storeNarrowed<Rounding::toNearestEven>(sums, d);
+  [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Kept* d) const {
+    Base::store(scaled(sums).v, d);
   }
-  float centre(F32x1 sum) const { return sum.value(); }
-  float edge(F32x1 sum) const { return sum.value(); }
+  template <int vectors>
+  [[gnu::always_inline]] void storeEdge(const F32x8 (&sums)[vectors], Kept* d) const {
+    Base::storeEdge(scaled(sums).v, d);
+  }
+  template <int quarters>
+  [[gnu::always_inline]] void store(const __m128i (&sums)[quarters], Kept* d) const {
+    if constexpr (std::is_same_v<Kept, int16_t>)
+      if (factor == 1.0f) {  // the saturation of the integer is the clamping of the float
+        unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
+          store128(d + 8 * i, _mm_packs_epi32(sums[2 * i], sums[2 * i + 1]));
+        });
+        return;
+      }
+    F32x8 floats[quarters / 2];
+    unrolled<quarters / 2>([&](auto i) __attribute__((always_inline)) {
+      floats[i] = F32x8::fromInts(sums[2 * i], sums[2 * i + 1]);
+    });
+    store(floats, d);
+  }
+
+  Kept centre(F32x1 sum) const { return Base::centre(sum * F32x1::broadcast(factor)); }
+  Kept edge(F32x1 sum) const { return Base::edge(sum * F32x1::broadcast(factor)); }
+  Kept centre(int32_t sum) const { return centre(F32x1::broadcast(static_cast<float>(sum))); }
+  Kept edge(int32_t sum) const { return edge(F32x1::broadcast(static_cast<float>(sum))); }
+
+private:
+  template <int vectors>
+  struct Vectors {
+    F32x8 v[vectors];
+  };
+  template <int vectors>
+  [[gnu::always_inline]] Vectors<vectors> scaled(const F32x8 (&sums)[vectors]) const {
+    Vectors<vectors> products;
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+      products.v[i] = productOf(sums[i], F32x8::broadcast(factor));
+    });
+    return products;
+  }
 };
 
 }  // namespace orv

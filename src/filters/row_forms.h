@@ -1,0 +1,237 @@
+// Row filters by type. A filter is made once a call and takes row by row; integers of the result may be kept as floats
+// for a column pass that would convert them anyway.
+#pragma once
+
+#include "filters/converted_row.h"
+#include "filters/row_kernels.h"
+#include "filters/row_walk.h"
+#include "frame/blocks.h"
+
+namespace orv {
+
+/// Filters `samples` outputs: wide blocks, then narrow ones, the last of which steps back to end with the row. Bound by
+/// the loads of the samples, one or two an output and tap.
+template <int taps, class Taps, class Scaling, class Source, class Kept>
+void filterSpan(const Taps& sums, const Scaling& scaling, const Source* s, Kept* d, int samples) {
+  const auto wide = [&](int x) __attribute__((always_inline)) {
+    scaling.store(sums.template sum<taps, true>(s + x).v, d + x);
+  };
+  const auto narrow = [&](int x) __attribute__((always_inline)) {
+    scaling.store(sums.template sum<taps, false>(s + x).v, d + x);
+  };
+  int x = 0;
+  if constexpr (requires { scaling.streamed; }) {
+    if (scaling.streamed && samples >= narrowBlock) {  // overlaps the blocks, which begin on a vector's boundary
+      narrow(0);
+      x = static_cast<int>((-reinterpret_cast<uintptr_t>(d) & 15) / sizeof *d);
+    }
+  }
+  for (; x <= samples - Taps::wideReach; x += Taps::wide) wide(x);
+  for (; x <= samples - narrowBlock; x += narrowBlock) narrow(x);
+  if (x < samples && samples >= narrowBlock)
+    narrow(samples - narrowBlock);
+  else
+    for (; x < samples; ++x) storeSample(d + x, scaling.centre(sums.single(s + x)));
+}
+
+/// The centre of a row by the loop for its number of taps.
+template <class Taps, class Scaling>
+auto centreOf(Taps sums, Scaling scaling) {
+  return [sums, scaling](auto* s, auto* d, int samples) {
+    switch (sums.count) {
+      case 1:
+        return filterSpan<1>(sums, scaling, s, d, samples);
+      case 3:
+        return filterSpan<3>(sums, scaling, s, d, samples);
+      case 5:
+        return filterSpan<5>(sums, scaling, s, d, samples);
+      default:
+        return filterSpan<0>(sums, scaling, s, d, samples);
+    }
+  };
+}
+
+template <class Taps, class Scaling>
+auto edgeOf(Taps sums, Scaling scaling) {
+  return [sums, scaling](auto* s) { return scaling.edge(sums.single(s)); };
+}
+
+/// A centre that is filtered sample by sample like the edges.
+auto centreLikeEdges(auto edge) {
+  return [edge](auto* s, auto* d, int samples) {
+    for (int x = 0; x < samples; ++x) storeSample(d + x, edge(s + x));
+  };
+}
+
+/// The sum of the magnitudes of the coefficients, which bounds what the kernel makes of samples.
+inline float magnitudeOf(RowKernel<int16_t> kernel) {
+  float sum = 0.0f;
+  for (int j = 0; j < kernel.size; ++j) sum += static_cast<float>(std::abs(loadSample(kernel.taps + j)));
+  return sum;
+}
+
+inline bool isSymmetric(RowKernel<int16_t> kernel) {
+  for (int j = 0; j < kernel.size / 2; ++j)
+    if (loadSample(kernel.taps + j) != loadSample(kernel.taps + kernel.size - 1 - j))
+      return false;
+  return true;
+}
+
+/// What the filters of all types have: the zones of the row, and areas of the caller's buffer.
+template <class Source, int channels>
+struct RowParts {
+  Carver carver;
+  RowWindow window;
+  OutsidePixels<Source, channels> outside;
+  RowZones<Source, channels> zones;
+
+  template <class Coefficient>
+  RowParts(int width, RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer)
+      : carver(buffer),
+        window{kernel.size, kernel.anchor},
+        outside(carver.take<int32_t>(static_cast<size_t>(window.reach())), width, window, border),
+        zones(carver.take<Source>(edgeLinePixels(kernel.size) * static_cast<size_t>(channels)), outside, width,
+              window) {}
+
+  float* floats(int count) { return carver.template take<float>(static_cast<size_t>(count)); }
+
+  IntegerTaps<Source, channels> integerTaps(RowKernel<int16_t> kernel) {
+    using Taps = IntegerTaps<Source, channels>;
+    float* const pairs = floats(Taps::pairCount(kernel.size));
+    Taps::expand(kernel.taps, kernel.size, pairs);
+    return {kernel.taps, kernel.size, pairs};
+  }
+
+  template <class Coefficient>
+  FloatTaps<Source, channels> floatTaps(RowKernel<Coefficient> kernel, float scale) {
+    float* const coefficients = floats(kernel.size);
+    for (int j = 0; j < kernel.size; ++j)
+      coefficients[j] = static_cast<float>(loadSample(kernel.taps + j)) * scale / loadedUnit<Source>;
+    return {coefficients, kernel.size};
+  }
+
+  void filter(const Source* row, auto* result, auto taps, auto scaling, auto edgeTaps) const {
+    zones.filter(row, result, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
+  }
+};
+
+/// Filters rows of a source type and 1 or 3 channels; the integers of the result are stored as Kept.
+template <class Source, int channels, class Kept>
+class RowFilter;
+
+/// Sums of bytes are made in float where these are exact.
+template <int channels, class Kept>
+class RowFilter<uint8_t, channels, Kept> {
+public:
+  RowFilter(int width, RowKernel<int16_t> kernel, RowBorder<uint8_t> border, uint8_t* buffer)
+      : parts_(width, kernel, border, buffer),
+        exactInFloat_(kernel.size <= Converted::longest && magnitudeOf(kernel) * 255.0f <= 0x1p24f),
+        converted_(parts_.outside, width, kernel, border, parts_.floats(kernel.size)),
+        integers_(parts_.integerTaps(kernel)),
+        scaling_(reciprocal(kernel.divisor)) {}
+
+  void operator()(const uint8_t* row, Kept* result) const {
+    if (exactInFloat_)
+      converted_.filter(row, result);
+    else
+      parts_.filter(row, result, integers_, scaling_, integers_);
+  }
+
+private:
+  using Converted = ConvertedRow<uint8_t, channels, int16_t, Kept>;
+  RowParts<uint8_t, channels> parts_;
+  bool exactInFloat_;
+  Converted converted_;
+  IntegerTaps<uint8_t, channels> integers_;
+  Scaled<int16_t, Kept> scaling_;
+};
+
+template <int channels, class Kept>
+class RowFilter<uint16_t, channels, Kept> {
+public:
+  RowFilter(int width, RowKernel<uint16_t> kernel, RowBorder<uint16_t> border, uint8_t* buffer)
+      : parts_(width, kernel, border, buffer),
+        converted_(parts_.outside, width, kernel, border, parts_.floats(kernel.size)),
+        floats_(parts_.floatTaps(kernel, 1.0f)),
+        scaling_(reciprocal(kernel.divisor)) {}
+
+  void operator()(const uint16_t* row, Kept* result) const {
+    if (floats_.count <= Converted::longest)
+      converted_.filter(row, result);
+    else
+      parts_.filter(row, result, floats_, scaling_, floats_);
+  }
+
+private:
+  using Converted = ConvertedRow<uint16_t, channels, uint16_t, Kept>;
+  RowParts<uint16_t, channels> parts_;
+  Converted converted_;
+  FloatTaps<uint16_t, channels> floats_;
+  Scaled<uint16_t, Kept> scaling_;
+};
+
+/// Sums of kernels with large coefficients are made in float, since they can leave 32 bits.
+template <int channels, class Kept>
+class RowFilter<int16_t, channels, Kept> {
+public:
+  RowFilter(int width, RowKernel<int16_t> kernel, RowBorder<int16_t> border, uint8_t* buffer)
+      : parts_(width, kernel, border, buffer),
+        integers_(parts_.integerTaps(kernel)),
+        floats_(parts_.floatTaps(kernel, reciprocal(kernel.divisor))),
+        scaling_(reciprocal(kernel.divisor)),
+        sums_(sumsOf(kernel, width)) {}
+
+  void operator()(const int16_t* row, Kept* result) const {
+    switch (sums_) {
+      case Sums::integers:
+        return parts_.filter(row, result, integers_, scaling_, integers_);
+      case Sums::foldedFloats:
+        return parts_.filter(row, result, SymmetricFloatTaps<int16_t, channels>{floats_}, scaledBefore_, floats_);
+      case Sums::floats:
+        return parts_.filter(row, result, floats_, scaledBefore_, floats_);
+      case Sums::floatsLikeEdges:
+        return parts_.zones.filter(row, result, centreLikeEdges(edgeOf(floats_, scaledBefore_)),
+                                   edgeOf(integers_, scaling_));
+      case Sums::floatsInCentre:
+        return parts_.zones.filter(row, result, centreOf(floats_, scaledBefore_), edgeOf(integers_, scaling_));
+    }
+  }
+
+private:
+  enum class Sums { integers, foldedFloats, floats, floatsLikeEdges, floatsInCentre };
+
+  static Sums sumsOf(RowKernel<int16_t> kernel, int width) {
+    const bool integerSums = magnitudeOf(kernel) < 65535.0f;
+    if (kernel.size == 3 || kernel.size == 5)
+      return integerSums ? Sums::integers : isSymmetric(kernel) ? Sums::foldedFloats : Sums::floats;
+    if (width - kernel.size <= 15)  // such a narrow centre truncates as the edges do, but sums in float
+      return Sums::floatsLikeEdges;
+    bool smallest = false;
+    for (int j = 0; j < kernel.size; ++j) smallest = smallest || loadSample(kernel.taps + j) == -32768;
+    return integerSums && !smallest ? Sums::integers : Sums::floatsInCentre;
+  }
+
+  RowParts<int16_t, channels> parts_;
+  IntegerTaps<int16_t, channels> integers_;
+  FloatTaps<int16_t, channels> floats_;
+  Scaled<int16_t, Kept> scaling_;
+  Narrowed<int16_t, Kept> scaledBefore_;
+  Sums sums_;
+};
+
+template <int channels>
+class RowFilter<float, channels, float> {
+public:
+  RowFilter(int width, RowKernel<float> kernel, RowBorder<float> border, uint8_t* buffer)
+      : parts_(width, kernel, border, buffer), floats_(parts_.floatTaps(kernel, 1.0f)) {}
+
+  void operator()(const float* row, float* result) const {
+    parts_.filter(row, result, floats_, Narrowed<float, float>{}, floats_);
+  }
+
+private:
+  RowParts<float, channels> parts_;
+  FloatTaps<float, channels> floats_;
+};
+
+}  // namespace orv
