@@ -19,6 +19,8 @@ template <class Source, class Dst, class Coefficient, Factor blockFactor,
           Rounding blockRounding = Rounding::toNearestEven>
 class FloatColumns {
 public:
+  static constexpr bool convertsSamples = !std::is_same_v<Source, float>;
+
   FloatColumns(ColumnKernel<Coefficient> kernel, float factor)
       : count_(kernel.size),
         factor_(factor),
@@ -34,7 +36,7 @@ public:
     if (taps == 3 && symmetricThree_)
       sumSymmetricThree(srcRows, x, blockCoefficients_.template forTaps<taps>(), sums);
     else
-      sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+      sumColumns<taps, operandsOf<Source, Dst>>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
     unrolled<rows>([&](auto row) __attribute__((always_inline)) {
       if constexpr (blockFactor == Factor::onSum)
         unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
@@ -69,7 +71,7 @@ private:
   template <class V>
   TailSums<V> tailSums(const Source* const* srcRows, int x) const {
     V sums[1][1];
-    sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
+    sumColumns<manyTaps, operandsOf<Source, Dst>>(srcRows, x, count_, tailCoefficients_, sums);
     if constexpr (blockFactor != Factor::none)
       sums[0][0] = sums[0][0] * V::broadcast(factor_);
     return {{sums[0][0]}};
@@ -86,6 +88,8 @@ private:
 template <class Scaling>
 class WrappingColumns {
 public:
+  static constexpr bool convertsSamples = false;
+
   WrappingColumns(ColumnKernel<int16_t> kernel, Scaling scaling)
       : count_(kernel.size),
         scaling_(scaling),
@@ -95,14 +99,14 @@ public:
   template <int taps, int rows, int vectors>
   [[gnu::always_inline]] void block(const int16_t* const* srcRows, View<int16_t> dst, int x) const {
     Wrapping16x8 sums[rows][vectors];
-    sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+    sumColumns<taps, Operands::ordered>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
     unrolled<rows>([&](auto row) __attribute__((always_inline)) { scaling_.store(sums[row], dst.row(row) + x); });
   }
 
   void tail(const int16_t* const* srcRows, int16_t* dst, int x, int width) const {
     for (; x < width; ++x) {
       Wrapping32x1 sums[1][1];
-      sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
+      sumColumns<manyTaps, Operands::ordered>(srcRows, x, count_, tailCoefficients_, sums);
       storeSample(dst + x, scaling_.edge(sums[0][0]));
     }
   }
@@ -126,7 +130,7 @@ void filterRowGroup(const Columns& columns, const Source* const* srcRows, View<D
   int x = 0;
   if constexpr (rows == 1)
     x = blocks(std::integral_constant<int, 4>{}, x);
-  x = blocks(std::integral_constant<int, 2>{}, x);
+  x = blocks(std::integral_constant < int, rows == 2 && taps == anyTaps ? 1 : 2 > {}, x);
   for (int row = 0; x < width && row < rows; ++row) columns.tail(srcRows + row, dst.row(row), x, width);
 }
 
@@ -143,14 +147,15 @@ void withTaps(int count, auto filter) {
   }
 }
 
-/// Filters whole rows two by two. Output rows that overlap each other are written one after the other.
+/// Filters whole rows, two by two where these share conversions. Output rows that overlap each other are written one
+/// after the other.
 template <class Columns, class Source, class Dst>
 void filterColumnsWith(const Columns& columns, int count, const Source* const* srcRows, View<Dst> dst,
                        OrvSize samples) {
   withTaps(count, [&](auto taps) {
     const bool overlapping = dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
     int y = 0;
-    if constexpr (taps != manyTaps)
+    if constexpr (Columns::convertsSamples && taps != manyTaps)
       for (; !overlapping && y <= samples.height - 2; y += 2)
         filterRowGroup<taps, 2>(columns, srcRows + y, View<Dst>{dst.row(y), dst.step}, samples.width);
     for (; y < samples.height; ++y)

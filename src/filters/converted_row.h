@@ -6,6 +6,7 @@
 
 #include "filters/row_kernels.h"
 #include "filters/row_walk.h"
+#include "frame/blocks.h"
 
 namespace orv {
 
@@ -24,6 +25,10 @@ public:
     const AxisBorder axis = horizontalBorder(border.mode);
     firstInside_ = axis.lo ? -window_.anchor : 0;
     endInside_ = width + (axis.hi ? window_.after() : 0);
+    rowsAtOnce_ = rowsAtOnce(width, window_.taps);
+    pitch_ = rowsAtOnce_ > 1 ? pitch(width, window_.taps) : 0;
+    centreBegin_ = std::min(window_.anchor, width) * channels;
+    centreEnd_ = centreBegin_ + std::max(width - window_.reach(), 0) * channels;
     const float scale = reciprocal(kernel.divisor);
     const auto divisor = static_cast<uint32_t>(kernel.divisor);
     const bool powerOfTwo = std::has_single_bit(kernel.divisor < 0 ? 0u - divisor : divisor);
@@ -32,83 +37,92 @@ public:
       coefficients[j] = static_cast<float>(loadSample(kernel.taps + j)) * (powerOfTwo ? scale : 1.0f);
   }
 
-  void filter(const Source* row, Kept* result) const {
+  /// How many rows are converted before the first of them is filtered: what was just stored is slow to load otherwise.
+  static constexpr int rowsAtOnce(int width, int taps) {
+    return width > stretch || taps > longest ? 1 : std::max((capacity - lanes) / pitch(width, taps), 1);
+  }
+
+  void filter(View<const Source> src, Kept* const* results, int rows) const {
     if (factor_ == 1.0f)
-      filterWith(Narrowed<Sample, Kept>{}, row, result);
+      filterWith(Narrowed<Sample, Kept>{}, src, results, rows);
     else
-      filterWith(Scaled<Sample, Kept>{factor_}, row, result);
+      filterWith(Scaled<Sample, Kept>{factor_}, src, results, rows);
   }
 
 private:
   using Taps = FloatTaps<float, channels>;
   static constexpr int lanes = F32x8::lanes;
   static constexpr int stretch = 1008 / channels;  ///< pixels, whole vectors
+  static constexpr int capacity = (stretch + longest - 1) * channels + lanes;
+
+  static constexpr int pitch(int width, int taps) { return roundUp((width + taps - 1) * channels, lanes); }
 
   template <class Scaling>
-  void filterWith(const Scaling& scaling, const Source* row, Kept* result) const {
+  void filterWith(const Scaling& scaling, View<const Source> src, Kept* const* results, int rows) const {
     switch (window_.taps) {
       case 3:
-        return filterStretches<3>(scaling, row, result);
+        return filterStretches<3>(scaling, src, results, rows);
       case 5:
-        return filterStretches<5>(scaling, row, result);
+        return filterStretches<5>(scaling, src, results, rows);
       default:
-        return filterStretches<0>(scaling, row, result);
+        return filterStretches<0>(scaling, src, results, rows);
     }
   }
 
+  /// A stretch of one row at a time, or several rows that fit one.
   template <int taps, class Scaling>
-  void filterStretches(const Scaling& scaling, const Source* row, Kept* result) const {
-    const Taps sums{coefficients_, window_.taps};
-    alignas(32) float line[(stretch + longest - 1) * channels + lanes];
+  void filterStretches(const Scaling& scaling, View<const Source> src, Kept* const* results, int rows) const {
+    alignas(32) float lines[capacity];
     if (width_ * channels < lanes)  // sums are made of a whole vector
-      std::fill_n(line, lanes + window_.reach() * channels, 0.0f);
-
-    for (int x = 0; x < width_; x += stretch) {
-      const int pixels = std::min(width_ - x, stretch);
-      fillLine(line, row, x - window_.anchor, x + pixels + window_.after());
-      const int outputs = pixels * channels;
-      Kept* const d = result + x * channels;
-      // Vectors at the edges reach into the centre, which is made last.
-      const int left = std::clamp(window_.anchor - x, 0, pixels) * channels;
-      const int right = std::clamp(width_ - window_.after() - x, left / channels, pixels) * channels;
-      const auto edge = [&](int i, Kept* to) __attribute__((always_inline)) {
-        scaling.storeEdge(sums.template sum<taps, false>(line + i).v, to);
-      };
-      const auto centre = [&](int i, Kept* to) __attribute__((always_inline)) {
-        scaling.store(sums.template sum<taps, false>(line + i).v, to);
-      };
-      cover(0, left, outputs, d, edge);
-      cover(right, outputs, outputs, d, edge);
-      int i = left;
-      for (; i <= right - Taps::wide; i += Taps::wide) scaling.store(sums.template sum<taps, true>(line + i).v, d + i);
-      coverExactly(i, left, right, d, centre);
+      std::fill_n(lines, std::min(rows, rowsAtOnce_) * pitch_ + lanes, 0.0f);
+    for (int y = 0; y < rows; y += rowsAtOnce_) {
+      const int group = std::min(rows - y, rowsAtOnce_);
+      for (int x = 0; x < width_; x += stretch) {
+        const int pixels = std::min(width_ - x, stretch);
+        for (int i = 0; i < group; ++i)
+          fillLine(lines + i * pitch_, src.row(y + i), x - window_.anchor, x + pixels + window_.after());
+        for (int i = 0; i < group; ++i)
+          filterLine<taps>(scaling, lines + i * pitch_, results[y + i] + x * channels, x * channels, pixels * channels);
+      }
     }
   }
 
-  /// Makes the outputs begin .. end - 1 of `room` by vectors within the room, or one of fewer outputs.
-  [[gnu::always_inline]] static void cover(int begin, int end, int room, Kept* d, auto vector) {
-    if (room < lanes)
-      part(begin, end, d, vector);
-    else
-      for (int i = begin; i < end; i += lanes) {
-        const int at = std::min(i, room - lanes);
-        vector(at, d + at);
-      }
-  }
-  /// The same without touching outputs before `first` or from `end` on.
-  [[gnu::always_inline]] static void coverExactly(int begin, int first, int end, Kept* d, auto vector) {
-    for (; begin <= end - lanes; begin += lanes) vector(begin, d + begin);
-    if (begin < end && end - first >= lanes)
-      vector(end - lanes, d + end - lanes);
-    else
-      part(begin, end, d, vector);
-  }
-  [[gnu::always_inline]] static void part(int begin, int end, Kept* d, auto vector) {
-    if (begin >= end)
+  /// The outputs first .. first + count - 1 of the row.
+  template <int taps, class Scaling>
+  [[gnu::noinline]] void filterLine(const Scaling& scaling, const float* line, Kept* d, int first, int count) const {
+    const Taps sums{coefficients_, window_.taps};
+    const int left = centreBegin_ - first, right = centreEnd_ - first;
+    const auto mixed = [&](int i, Kept* to) __attribute__((always_inline)) {
+      scaling.store(sums.template sum<taps, false>(line + i).v, to, edgeLanes(i, left, right));
+    };
+    if (count < lanes) {
+      Kept block[lanes];
+      mixed(0, block);
+      std::memcpy(d, block, static_cast<size_t>(count) * sizeof(Kept));
       return;
-    Kept outputs[lanes];
-    vector(begin, outputs);
-    std::memcpy(d + begin, outputs, static_cast<size_t>(end - begin) * sizeof(Kept));
+    }
+    for (int i = 0; i < count; i += lanes) {
+      if (left <= i && i <= right - Taps::wide)
+        i += filterCentre<taps>(scaling, sums, line + i, d + i, right - i);
+      const int at = std::min(i, count - lanes);
+      mixed(at, d + at);
+    }
+  }
+
+  /// Wide blocks of at most `count` outputs; returns their number of outputs. Apart, for the registers' sake.
+  template <int taps, class Scaling>
+  [[gnu::noinline]] static int filterCentre(const Scaling& scaling, const Taps& sums, const float* line, Kept* d,
+                                            int count) {
+    int i = 0;
+    for (; i <= count - Taps::wide; i += Taps::wide) scaling.store(sums.template sum<taps, true>(line + i).v, d + i);
+    return i;
+  }
+
+  /// Which of the outputs i .. i + 7 lie outside left .. right - 1.
+  static F32x8 edgeLanes(int i, int left, int right) {
+    const __m256 index = _mm256_add_ps(_mm256_set1_ps(static_cast<float>(i)), _mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7));
+    return {_mm256_or_ps(_mm256_cmp_ps(index, _mm256_set1_ps(static_cast<float>(left)), _CMP_LT_OQ),
+                         _mm256_cmp_ps(index, _mm256_set1_ps(static_cast<float>(right)), _CMP_GE_OQ))};
   }
 
   /// The pixels first .. end - 1 of the extended row.
@@ -127,18 +141,28 @@ private:
   }
 
   static void convert(const Source* s, float* d, int samples) {
-    if (samples < lanes)
+    if (samples < lanes) {
       for (int i = 0; i < samples; ++i) F32x1::load(s + i).store(d + i);
-    else
-      for (int i = 0; i < samples; i += lanes) {
-        const int at = std::min(i, samples - lanes);
-        F32x8::load(s + at).store(d + at);
-      }
+      return;
+    }
+    const auto vectors = [&](auto count, int i) __attribute__((always_inline)) {
+      for (; i <= samples - count * lanes; i += count * lanes)
+        unrolled<count>([&](auto v) __attribute__((always_inline)) {
+          F32x8::load(s + i + lanes * v).store(d + i + lanes * v);
+        });
+      return i;
+    };
+    const int i = vectors(std::integral_constant<int, 1>{}, vectors(std::integral_constant<int, 4>{}, 0));
+    if (i < samples)
+      F32x8::load(s + samples - lanes).store(d + samples - lanes);
   }
 
   OutsidePixels<Source, channels> outside_;
   RowWindow window_;
-  int width_, firstInside_, endInside_;
+  int width_;
+  int rowsAtOnce_, pitch_;
+  int firstInside_, endInside_;  ///< pixels
+  int centreBegin_, centreEnd_;  ///< samples
   const float* coefficients_;
   float factor_;
 };

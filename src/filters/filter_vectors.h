@@ -83,6 +83,12 @@ int toInt(F32x1 a) {
   return rounding == Rounding::toNearestEven ? _mm_cvtss_si32(a.v) : _mm_cvttss_si32(a.v);
 }
 
+template <Rounding rounding>
+F32x8 roundedFloats(F32x8 a) {
+  constexpr int mode = rounding == Rounding::toNearestEven ? _MM_FROUND_TO_NEAREST_INT : _MM_FROUND_TO_ZERO;
+  return {_mm256_round_ps(a.v, mode | _MM_FROUND_NO_EXC)};
+}
+
 /// Values above the range are cut off before the conversion, which answers the smallest integer to anything too large;
 /// those below it saturate when the integers are packed.
 template <class Sample>
@@ -116,9 +122,8 @@ template <Rounding rounding, class Sample, class Kept, int vectors>
   } else if constexpr (std::is_same_v<Kept, float>) {
     const __m256 lowest = _mm256_set1_ps(std::numeric_limits<Sample>::min());
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      const __m256 clamped = _mm256_max_ps(cutAbove<Sample>(values[i]).v, lowest);
-      constexpr int mode = rounding == Rounding::toNearestEven ? _MM_FROUND_TO_NEAREST_INT : _MM_FROUND_TO_ZERO;
-      F32x8{_mm256_round_ps(clamped, mode | _MM_FROUND_NO_EXC)}.store(p + 8 * i);
+      const F32x8 clamped{_mm256_max_ps(cutAbove<Sample>(values[i]).v, lowest)};
+      roundedFloats<rounding>(clamped).store(p + 8 * i);
     });
   } else if constexpr (sizeof(Sample) == 2) {
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {

@@ -104,7 +104,7 @@ struct GaussianKernel {
   ColumnKernel<Coefficient> column() const { return {taps, size, divisor}; }
 };
 
-/// The rows that an output row sees lie in a ring of as many rows as the kernel has taps.
+/// A band of `bandRows` rows sees bandRows + kernelSize - 1 filtered rows, which never share a place in the ring.
 template <class Sample, int channels>
 class GaussianEngine {
 public:
@@ -112,27 +112,22 @@ public:
       : GaussianEngine(block, specIn(block), src, roi, borderValue, Carver{buffer}) {}
 
   void run(View<Sample> dst) {
-    const int radius = kernel_.radius();
-    const int firstReal = vertical_.lo ? -radius : 0;
-    const int endReal = roi_.height + (vertical_.hi ? radius : 0);
-    const auto filterRow = [&](int y) { filterRow_(src_.row(y), ringRow(y)); };
-    for (int y = firstReal; y < std::min(radius, endReal); ++y) filterRow(y);
-    for (int tap = 0; tap < kernel_.size; ++tap) rows_[tap] = sourceOf(tap - radius);
-    for (int y = 0; y < roi_.height; ++y) {
-      const int entering = y + radius;
-      if (entering < endReal)
-        filterRow(entering);
-      if (y > 0) {
-        for (int tap = 1; tap < kernel_.size; ++tap) rows_[tap - 1] = rows_[tap];
-        rows_[kernel_.size - 1] = sourceOf(entering);
-      }
-      withTaps(kernel_.size, [&](auto taps) {
-        filterRowGroup<taps, 1>(columns_, rows_, View<Sample>{dst.row(y), dst.step}, rowSamples());
-      });
+    const int context = kernel_.size - 1;
+    for (int y = 0; y < roi_.height; y += bandRows_) {
+      const int height = std::min(bandRows_, roi_.height - y);
+      const int known = y == 0 ? 0 : context;
+      for (int i = 0; i < known; ++i) rows_[i] = rows_[i + bandRows_];
+      for (int i = known; i < height + context; ++i) rows_[i] = sourceOf(y - kernel_.radius() + i);
+      filterEntering(y, height);
+      for (int i = 0; i < height; ++i)
+        withTaps(kernel_.size, [&](auto taps) {
+          filterRowGroup<taps, 1>(columns_, rows_ + i, View<Sample>{dst.row(y + i), dst.step}, rowSamples());
+        });
     }
   }
 
 private:
+  using Filter = RowFilter<Sample, channels, float>;
   using Columns = FloatColumns<float, Sample, typename Form<Sample>::Coefficient, Form<Sample>::columnFactor>;
 
   GaussianEngine(const void* block, const GaussianSpec& spec, View<const Sample> src, OrvSize roi,
@@ -141,19 +136,32 @@ private:
         roi_(roi),
         vertical_(verticalBorder(spec.borderMode)),
         kernel_(block, spec, carver),
+        bandRows_(rowsOfBand()),
+        ringRows_(bandRows_ + kernel_.size - 1),
         columns_(kernel_.column(), reciprocal(kernel_.divisor)),
-        rows_(carver.take<const float*>(static_cast<size_t>(kernel_.size))),
-        ring_{carver.take<float>(ringRowSamples() * static_cast<size_t>(kernel_.size)),
+        rows_(carver.take<float*>(static_cast<size_t>(ringRows_))),
+        ring_{carver.take<float>(ringRowSamples() * static_cast<size_t>(ringRows_)),
               static_cast<int>(ringRowSamples() * sizeof(float))},
         constantRow_(takeConstantRow(carver, borderValue)),
-        filterRow_(roi.width, kernel_.row(), RowBorder<Sample>{spec.borderMode, borderValue}, carver.take<uint8_t>(0)) {
-  }
+        filterRows_(roi.width, kernel_.row(), RowBorder<Sample>{spec.borderMode, borderValue},
+                    carver.take<uint8_t>(0)) {}
 
   int rowSamples() const { return roi_.width * channels; }
   size_t ringRowSamples() const { return static_cast<size_t>(roundUp(rowSamples(), F32x8::lanes)); }
 
+  /// As many rows as the row filter likes at once, as far as the ring of short rows has room for them: half of what the
+  /// buffer holds for rows of words, less a constant row.
+  int rowsOfBand() const {
+    const int K = kernel_.size;
+    const int liked = std::min(roi_.height, Filter::rowsAtOnce(roi_.width, K));
+    if (liked == 1)
+      return 1;
+    const int words = (2 * K - 1 + std::min(roi_.height, K)) * roundUp((roi_.width + K) * channels, 8);
+    return std::clamp(words / (2 * static_cast<int>(ringRowSamples())) - K, 1, liked);
+  }
+
   /// What rows above and below the image are under a constant border.
-  const float* takeConstantRow(Carver& carver, const Sample* borderValue) const {
+  float* takeConstantRow(Carver& carver, const Sample* borderValue) const {
     if (vertical_.kind != orvBorderConstant || (vertical_.lo && vertical_.hi))
       return nullptr;
     float* const row = carver.take<float>(ringRowSamples());
@@ -163,11 +171,21 @@ private:
     return row;
   }
 
-  float* ringRow(int y) const { return ring_.row((y + kernel_.radius()) % kernel_.size); }
+  /// Filters the rows that a band is the first to see, as far as they are real.
+  void filterEntering(int y, int height) {
+    const int top = y - kernel_.radius();
+    const int first = std::max(y == 0 ? top : y + kernel_.radius(), vertical_.lo ? top : 0);
+    const int end = y + height + kernel_.radius();
+    const int endReal = vertical_.hi ? end : std::min(end, roi_.height);
+    if (first < endReal)
+      filterRows_(View<const Sample>{src_.row(first), src_.step}, rows_ + (first - top), endReal - first);
+  }
+
+  float* ringRow(int y) const { return ring_.row((y + kernel_.radius()) % ringRows_); }
 
   /// Rows above and below the image are rows of the ring that they repeat or reflect: an output row that sees one of
   /// them sees its source too.
-  const float* sourceOf(int y) const {
+  float* sourceOf(int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, vertical_);
     return source.isBorderValue ? constantRow_ : ringRow(source.index);
   }
@@ -176,11 +194,12 @@ private:
   OrvSize roi_;
   AxisBorder vertical_;
   GaussianKernel<Sample> kernel_;
+  int bandRows_, ringRows_;
   Columns columns_;
-  const float** rows_;
+  float** rows_;
   View<float> ring_;
-  const float* constantRow_;
-  RowFilter<Sample, channels, float> filterRow_;
+  float* constantRow_;
+  Filter filterRows_;
 };
 
 template <int channels, class Sample>

@@ -110,12 +110,18 @@ struct RowParts {
     return {coefficients, kernel.size};
   }
 
-  void filter(const Source* row, auto* result, auto taps, auto scaling, auto edgeTaps) const {
-    zones.filter(row, result, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
+  template <class Kept>
+  void filter(View<const Source> src, Kept* const* results, int rows, auto centre, auto edge) const {
+    for (int y = 0; y < rows; ++y) zones.filter(src.row(y), results[y], centre, edge);
+  }
+  template <class Kept>
+  void filter(View<const Source> src, Kept* const* results, int rows, auto taps, auto scaling, auto edgeTaps) const {
+    filter(src, results, rows, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
   }
 };
 
-/// Filters rows of a source type and 1 or 3 channels; the integers of the result are stored as Kept.
+/// Filters rows of a source type and 1 or 3 channels; the integers of the result are stored as Kept. Calls that have the
+/// choice should filter rowsAtOnce rows.
 template <class Source, int channels, class Kept>
 class RowFilter;
 
@@ -130,12 +136,14 @@ public:
         integers_(parts_.integerTaps(kernel)),
         scaling_(reciprocal(kernel.divisor)) {}
 
-  void operator()(const uint8_t* row, Kept* result) const {
+  void operator()(View<const uint8_t> src, Kept* const* results, int rows) const {
     if (exactInFloat_)
-      converted_.filter(row, result);
+      converted_.filter(src, results, rows);
     else
-      parts_.filter(row, result, integers_, scaling_, integers_);
+      parts_.filter(src, results, rows, integers_, scaling_, integers_);
   }
+
+  static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
 
 private:
   using Converted = ConvertedRow<uint8_t, channels, int16_t, Kept>;
@@ -155,12 +163,14 @@ public:
         floats_(parts_.floatTaps(kernel, 1.0f)),
         scaling_(reciprocal(kernel.divisor)) {}
 
-  void operator()(const uint16_t* row, Kept* result) const {
+  void operator()(View<const uint16_t> src, Kept* const* results, int rows) const {
     if (floats_.count <= Converted::longest)
-      converted_.filter(row, result);
+      converted_.filter(src, results, rows);
     else
-      parts_.filter(row, result, floats_, scaling_, floats_);
+      parts_.filter(src, results, rows, floats_, scaling_, floats_);
   }
+
+  static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
 
 private:
   using Converted = ConvertedRow<uint16_t, channels, uint16_t, Kept>;
@@ -181,21 +191,24 @@ public:
         scaling_(reciprocal(kernel.divisor)),
         sums_(sumsOf(kernel, width)) {}
 
-  void operator()(const int16_t* row, Kept* result) const {
+  void operator()(View<const int16_t> src, Kept* const* results, int rows) const {
     switch (sums_) {
       case Sums::integers:
-        return parts_.filter(row, result, integers_, scaling_, integers_);
+        return parts_.filter(src, results, rows, integers_, scaling_, integers_);
       case Sums::foldedFloats:
-        return parts_.filter(row, result, SymmetricFloatTaps<int16_t, channels>{floats_}, scaledBefore_, floats_);
+        return parts_.filter(src, results, rows, SymmetricFloatTaps<int16_t, channels>{floats_}, scaledBefore_,
+                             floats_);
       case Sums::floats:
-        return parts_.filter(row, result, floats_, scaledBefore_, floats_);
+        return parts_.filter(src, results, rows, floats_, scaledBefore_, floats_);
       case Sums::floatsLikeEdges:
-        return parts_.zones.filter(row, result, centreLikeEdges(edgeOf(floats_, scaledBefore_)),
-                                   edgeOf(integers_, scaling_));
+        return parts_.filter(src, results, rows, centreLikeEdges(edgeOf(floats_, scaledBefore_)),
+                             edgeOf(integers_, scaling_));
       case Sums::floatsInCentre:
-        return parts_.zones.filter(row, result, centreOf(floats_, scaledBefore_), edgeOf(integers_, scaling_));
+        return parts_.filter(src, results, rows, centreOf(floats_, scaledBefore_), edgeOf(integers_, scaling_));
     }
   }
+
+  static constexpr int rowsAtOnce(int, int) { return 1; }
 
 private:
   enum class Sums { integers, foldedFloats, floats, floatsLikeEdges, floatsInCentre };
@@ -225,9 +238,11 @@ public:
   RowFilter(int width, RowKernel<float> kernel, RowBorder<float> border, uint8_t* buffer)
       : parts_(width, kernel, border, buffer), floats_(parts_.floatTaps(kernel, 1.0f)) {}
 
-  void operator()(const float* row, float* result) const {
-    parts_.filter(row, result, floats_, Narrowed<float, float>{}, floats_);
+  void operator()(View<const float> src, float* const* results, int rows) const {
+    parts_.filter(src, results, rows, floats_, Narrowed<float, float>{}, floats_);
   }
+
+  static constexpr int rowsAtOnce(int, int) { return 1; }
 
 private:
   RowParts<float, channels> parts_;

@@ -8,6 +8,7 @@
 
 #include "filters/filter_vectors.h"
 #include "filters/fixed_point.h"
+#include "simd/functions.h"
 
 namespace orv {
 
@@ -195,9 +196,11 @@ struct Narrowed {
   [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Kept* d) const {
     storeNarrowed<centreRounding, Sample>(sums, d);
   }
-  template <int vectors>
-  [[gnu::always_inline]] void storeEdge(const F32x8 (&sums)[vectors], Kept* d) const {
-    storeNarrowed<edgeRounding, Sample>(sums, d);
+  /// Rounds each lane by its zone.
+  [[gnu::always_inline]] void store(const F32x8 (&sums)[1], Kept* d, F32x8 edgeLanes) const {
+    const F32x8 whole[1] = {
+        select(edgeLanes.v, roundedFloats<edgeRounding>(sums[0]), roundedFloats<centreRounding>(sums[0]))};
+    storeNarrowed<centreRounding, Sample>(whole, d);
   }
   Kept centre(F32x1 sum) const { return narrowed<centreRounding, Sample>(sum); }
   Kept edge(F32x1 sum) const { return narrowed<edgeRounding, Sample>(sum); }
@@ -215,9 +218,8 @@ struct Scaled : Narrowed<Sample, Kept> {
   [[gnu::always_inline]] void store(const F32x8 (&sums)[vectors], Kept* d) const {
     Base::store(scaled(sums).v, d);
   }
-  template <int vectors>
-  [[gnu::always_inline]] void storeEdge(const F32x8 (&sums)[vectors], Kept* d) const {
-    Base::storeEdge(scaled(sums).v, d);
+  [[gnu::always_inline]] void store(const F32x8 (&sums)[1], Kept* d, F32x8 edgeLanes) const {
+    Base::store(scaled(sums).v, d, edgeLanes);
   }
   template <int quarters>
   [[gnu::always_inline]] void store(const __m128i (&sums)[quarters], Kept* d) const {

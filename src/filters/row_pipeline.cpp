@@ -4,18 +4,13 @@
 namespace orv {
 namespace {
 
-template <class Source, class Result>
-void filterEach(View<const Source> src, Result* const* dstRows, int height, const auto& filter) {
-  for (int y = 0; y < height; ++y) filter(src.row(y), dstRows[y]);
-}
-
 template <class Source, class Result, class Coefficient>
 void filterChannels(View<const Source> src, Result* const* dstRows, OrvSize roi, int channels,
                     RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer) {
   if (channels == 1)
-    filterEach(src, dstRows, roi.height, RowFilter<Source, 1, Result>{roi.width, kernel, border, buffer});
+    RowFilter<Source, 1, Result>{roi.width, kernel, border, buffer}(src, dstRows, roi.height);
   else
-    filterEach(src, dstRows, roi.height, RowFilter<Source, 3, Result>{roi.width, kernel, border, buffer});
+    RowFilter<Source, 3, Result>{roi.width, kernel, border, buffer}(src, dstRows, roi.height);
 }
 
 template <int channels>
@@ -29,16 +24,12 @@ void filterLow(View<const int16_t> src, int16_t* const* dstRows, OrvSize roi, Ro
                          border.mode == orvBorderReplicate && roi.width > 10;
   constexpr int64_t streamedFrom = 524289;
   const bool streamed = int64_t{roi.width} * roi.height >= streamedFrom;
-  const auto filterBy = [&](auto scaling) {
-    filterEach(src, dstRows, roi.height,
-               [&](const int16_t* row, int16_t* result) { parts.filter(row, result, taps, scaling, taps); });
-  };
   if (smoothing) {
-    filterBy(Sixteenth{streamed});
+    parts.filter(src, dstRows, roi.height, taps, Sixteenth{streamed}, taps);
     if (streamed)
       _mm_sfence();
   } else {
-    filterBy(FixedPointScaled{fixedPointFactor(kernel.divisor)});
+    parts.filter(src, dstRows, roi.height, taps, FixedPointScaled{fixedPointFactor(kernel.divisor)}, taps);
   }
 }
 
