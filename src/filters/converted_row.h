@@ -10,6 +10,43 @@
 
 namespace orv {
 
+/// Where the pixels come from that windows see outside the row, `anchor` on the left and the others on the right. It is
+/// the same for every row: worked out once a call.
+template <class Source, int channels>
+class OutsidePixels {
+public:
+  /// `offsets` has room for window.reach() entries.
+  OutsidePixels(int32_t* offsets, int width, RowWindow window, RowBorder<Source> border)
+      : offsets_(offsets), anchor_(window.anchor), width_(width), value_(border.value) {
+    const AxisBorder axis = horizontalBorder(border.mode);
+    const auto map = [&](int first, int end) {
+      for (int x = first; x < end; ++x) {
+        const SourceIndex source = mapIndex(x, width, axis);
+        offsets_[entry(x)] = source.isBorderValue ? borderPixel : source.index * channels;
+      }
+    };
+    map(-window.anchor, 0);
+    map(width, width + window.after());
+  }
+
+  /// Calls take(pixel) for the pixels first .. end - 1, which lie on one side of the row.
+  [[gnu::always_inline]] void forEach(const Source* row, int first, int end, auto take) const {
+    const Source* const value = value_;
+    const int32_t* offset = offsets_ + entry(first);
+    for (const int32_t* const stop = offset + (end - first); offset < stop; ++offset)
+      take(*offset == borderPixel ? value : row + *offset);
+  }
+
+private:
+  static constexpr int32_t borderPixel = std::numeric_limits<int32_t>::min();
+
+  int entry(int x) const { return anchor_ + (x < 0 ? x : x - width_); }
+
+  int32_t* offsets_;
+  int anchor_, width_;
+  const Source* value_;
+};
+
 /// `Sample` is the type of the result, whose integers are stored as Kept.
 template <class Source, int channels, class Sample, class Kept>
 class ConvertedRow {
@@ -17,36 +54,20 @@ public:
   /// Longer kernels have no room in the stretch.
   static constexpr int longest = 127;
 
-  /// `coefficients` has room for the kernel. A factor that is a power of two goes into them without rounding.
+  /// A factor that is a power of two goes into the coefficients without rounding.
   template <class Coefficient>
-  ConvertedRow(OutsidePixels<Source, channels> outside, int width, RowKernel<Coefficient> kernel,
-               RowBorder<Source> border, float* coefficients)
-      : outside_(outside), window_{kernel.size, kernel.anchor}, width_(width), coefficients_(coefficients) {
-    const AxisBorder axis = horizontalBorder(border.mode);
-    firstInside_ = axis.lo ? -window_.anchor : 0;
-    endInside_ = width + (axis.hi ? window_.after() : 0);
-    rowsAtOnce_ = rowsAtOnce(width, window_.taps);
-    pitch_ = rowsAtOnce_ > 1 ? pitch(width, window_.taps) : 0;
-    centreBegin_ = std::min(window_.anchor, width) * channels;
-    centreEnd_ = centreBegin_ + std::max(width - window_.reach(), 0) * channels;
-    const float scale = reciprocal(kernel.divisor);
-    const auto divisor = static_cast<uint32_t>(kernel.divisor);
-    const bool powerOfTwo = std::has_single_bit(kernel.divisor < 0 ? 0u - divisor : divisor);
-    factor_ = powerOfTwo ? 1.0f : scale;
-    for (int j = 0; j < kernel.size; ++j)
-      coefficients[j] = static_cast<float>(loadSample(kernel.taps + j)) * (powerOfTwo ? scale : 1.0f);
-  }
-
-  /// How many rows are converted before the first of them is filtered: what was just stored is slow to load otherwise.
-  static constexpr int rowsAtOnce(int width, int taps) {
-    return width > stretch || taps > longest ? 1 : std::max((capacity - lanes) / pitch(width, taps), 1);
-  }
+  explicit ConvertedRow(const RowTask<Source, Coefficient>& task) : ConvertedRow(task, Carver{task.buffer}) {}
 
   void filter(View<const Source> src, Kept* const* results, int rows) const {
     if (factor_ == 1.0f)
       filterWith(Narrowed<Sample, Kept>{}, src, results, rows);
     else
       filterWith(Scaled<Sample, Kept>{factor_}, src, results, rows);
+  }
+
+  /// How many rows are converted before the first of them is filtered: what was just stored is slow to load otherwise.
+  static constexpr int rowsAtOnce(int width, int taps) {
+    return width > stretch || taps > longest ? 1 : std::max((capacity - lanes) / pitch(width, taps), 1);
   }
 
 private:
@@ -56,6 +77,30 @@ private:
   static constexpr int capacity = (stretch + longest - 1) * channels + lanes;
 
   static constexpr int pitch(int width, int taps) { return roundUp((width + taps - 1) * channels, lanes); }
+
+  template <class Coefficient>
+  ConvertedRow(const RowTask<Source, Coefficient>& task, Carver carver)
+      : window_(task.window()),
+        width_(task.width),
+        outside_(carver.take<int32_t>(static_cast<size_t>(window_.reach())), width_, window_, task.border),
+        rowsAtOnce_(rowsAtOnce(width_, window_.taps)),
+        pitch_(rowsAtOnce_ > 1 ? pitch(width_, window_.taps) : 0) {
+    const AxisBorder axis = horizontalBorder(task.border.mode);
+    firstInside_ = axis.lo ? -window_.anchor : 0;
+    endInside_ = width_ + (axis.hi ? window_.after() : 0);
+    centreBegin_ = std::min(window_.anchor, width_) * channels;
+    centreEnd_ = centreBegin_ + std::max(width_ - window_.reach(), 0) * channels;
+
+    const RowKernel<Coefficient>& kernel = task.kernel;
+    const float scale = reciprocal(kernel.divisor);
+    const auto divisor = static_cast<uint32_t>(kernel.divisor);
+    const bool powerOfTwo = std::has_single_bit(kernel.divisor < 0 ? 0u - divisor : divisor);
+    factor_ = powerOfTwo ? 1.0f : scale;
+    float* const coefficients = carver.take<float>(static_cast<size_t>(kernel.size));
+    for (int j = 0; j < kernel.size; ++j)
+      coefficients[j] = static_cast<float>(loadSample(kernel.taps + j)) * (powerOfTwo ? scale : 1.0f);
+    coefficients_ = coefficients;
+  }
 
   template <class Scaling>
   void filterWith(const Scaling& scaling, View<const Source> src, Kept* const* results, int rows) const {
@@ -89,9 +134,9 @@ private:
 
   /// The outputs first .. first + count - 1 of the row.
   template <int taps, class Scaling>
-  [[gnu::noinline]] void filterLine(const Scaling& scaling, const float* line, Kept* d, int first, int count) const {
+  [[gnu::noinline]] void filterLine(Scaling scaling, const float* line, Kept* d, int first, int count) const {
     const Taps sums{coefficients_, window_.taps};
-    const int left = centreBegin_ - first, right = centreEnd_ - first;
+    const int left = centreBegin_ - first, right = std::min(centreEnd_ - first, count);
     const auto mixed = [&](int i, Kept* to) __attribute__((always_inline)) {
       scaling.store(sums.template sum<taps, false>(line + i).v, to, edgeLanes(i, left, right));
     };
@@ -111,8 +156,7 @@ private:
 
   /// Wide blocks of at most `count` outputs; returns their number of outputs. Apart, for the registers' sake.
   template <int taps, class Scaling>
-  [[gnu::noinline]] static int filterCentre(const Scaling& scaling, const Taps& sums, const float* line, Kept* d,
-                                            int count) {
+  [[gnu::noinline]] static int filterCentre(Scaling scaling, Taps sums, const float* line, Kept* d, int count) {
     int i = 0;
     for (; i <= count - Taps::wide; i += Taps::wide) scaling.store(sums.template sum<taps, true>(line + i).v, d + i);
     return i;
@@ -126,21 +170,20 @@ private:
   }
 
   /// The pixels first .. end - 1 of the extended row.
-  void fillLine(float* line, const Source* row, int first, int end) const {
+  [[gnu::noinline]] void fillLine(float* line, const Source* row, int first, int end) const {
     const int from = std::max(first, firstInside_);
     const int to = std::min(end, endInside_);
-    const auto outside = [&](int begin, int stop) {
-      for (int x = begin; x < stop; ++x) {
-        const Source* const pixel = outside_.pixel(row, x);
-        for (int c = 0; c < channels; ++c) F32x1::load(pixel + c).store(line + (x - first) * channels + c);
-      }
+    float* d = line;
+    const auto append = [&d](const Source* pixel) {
+      for (int c = 0; c < channels; ++c) *d++ = static_cast<float>(loadSample(pixel + c));
     };
-    outside(first, from);
-    convert(row + from * channels, line + (from - first) * channels, (to - from) * channels);
-    outside(to, end);
+    outside_.forEach(row, first, from, append);
+    convert(row + from * channels, d, (to - from) * channels);
+    d += (to - from) * channels;
+    outside_.forEach(row, to, end, append);
   }
 
-  static void convert(const Source* s, float* d, int samples) {
+  [[gnu::always_inline]] static void convert(const Source* s, float* d, int samples) {
     if (samples < lanes) {
       for (int i = 0; i < samples; ++i) F32x1::load(s + i).store(d + i);
       return;
@@ -157,9 +200,9 @@ private:
       F32x8::load(s + samples - lanes).store(d + samples - lanes);
   }
 
-  OutsidePixels<Source, channels> outside_;
   RowWindow window_;
   int width_;
+  OutsidePixels<Source, channels> outside_;
   int rowsAtOnce_, pitch_;
   int firstInside_, endInside_;  ///< pixels
   int centreBegin_, centreEnd_;  ///< samples

@@ -143,8 +143,7 @@ private:
         ring_{carver.take<float>(ringRowSamples() * static_cast<size_t>(ringRows_)),
               static_cast<int>(ringRowSamples() * sizeof(float))},
         constantRow_(takeConstantRow(carver, borderValue)),
-        filterRows_(roi.width, kernel_.row(), RowBorder<Sample>{spec.borderMode, borderValue},
-                    carver.take<uint8_t>(0)) {}
+        filterRows_({roi.width, kernel_.row(), {spec.borderMode, borderValue}, carver.take<uint8_t>(0)}) {}
 
   int rowSamples() const { return roi_.width * channels; }
   size_t ringRowSamples() const { return static_cast<size_t>(roundUp(rowSamples(), F32x8::lanes)); }

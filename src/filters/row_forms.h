@@ -77,46 +77,37 @@ inline bool isSymmetric(RowKernel<int16_t> kernel) {
   return true;
 }
 
-/// What the filters of all types have: the zones of the row, and areas of the caller's buffer.
+/// The zones of a row, and areas of the caller's buffer.
 template <class Source, int channels>
 struct RowParts {
   Carver carver;
-  RowWindow window;
-  OutsidePixels<Source, channels> outside;
   RowZones<Source, channels> zones;
 
   template <class Coefficient>
-  RowParts(int width, RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer)
-      : carver(buffer),
-        window{kernel.size, kernel.anchor},
-        outside(carver.take<int32_t>(static_cast<size_t>(window.reach())), width, window, border),
-        zones(carver.take<Source>(edgeLinePixels(kernel.size) * static_cast<size_t>(channels)), outside, width,
-              window) {}
-
-  float* floats(int count) { return carver.template take<float>(static_cast<size_t>(count)); }
+  explicit RowParts(const RowTask<Source, Coefficient>& task)
+      : carver(task.buffer),
+        zones({carver.take<Source>(edgeLinePixels(task.kernel.size) * static_cast<size_t>(channels)),
+               carver.take<int32_t>(edgeLinePixels(task.kernel.size))},
+              task.width, task.window(), task.border) {}
 
   IntegerTaps<Source, channels> integerTaps(RowKernel<int16_t> kernel) {
     using Taps = IntegerTaps<Source, channels>;
-    float* const pairs = floats(Taps::pairCount(kernel.size));
+    float* const pairs = carver.template take<float>(static_cast<size_t>(Taps::pairCount(kernel.size)));
     Taps::expand(kernel.taps, kernel.size, pairs);
     return {kernel.taps, kernel.size, pairs};
   }
 
   template <class Coefficient>
   FloatTaps<Source, channels> floatTaps(RowKernel<Coefficient> kernel, float scale) {
-    float* const coefficients = floats(kernel.size);
+    float* const coefficients = carver.template take<float>(static_cast<size_t>(kernel.size));
     for (int j = 0; j < kernel.size; ++j)
       coefficients[j] = static_cast<float>(loadSample(kernel.taps + j)) * scale / loadedUnit<Source>;
     return {coefficients, kernel.size};
   }
 
   template <class Kept>
-  void filter(View<const Source> src, Kept* const* results, int rows, auto centre, auto edge) const {
-    for (int y = 0; y < rows; ++y) zones.filter(src.row(y), results[y], centre, edge);
-  }
-  template <class Kept>
   void filter(View<const Source> src, Kept* const* results, int rows, auto taps, auto scaling, auto edgeTaps) const {
-    filter(src, results, rows, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
+    zones.filter(src, results, rows, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
   }
 };
 
@@ -129,67 +120,59 @@ class RowFilter;
 template <int channels, class Kept>
 class RowFilter<uint8_t, channels, Kept> {
 public:
-  RowFilter(int width, RowKernel<int16_t> kernel, RowBorder<uint8_t> border, uint8_t* buffer)
-      : parts_(width, kernel, border, buffer),
-        exactInFloat_(kernel.size <= Converted::longest && magnitudeOf(kernel) * 255.0f <= 0x1p24f),
-        converted_(parts_.outside, width, kernel, border, parts_.floats(kernel.size)),
-        integers_(parts_.integerTaps(kernel)),
-        scaling_(reciprocal(kernel.divisor)) {}
+  explicit RowFilter(const RowTask<uint8_t, int16_t>& task)
+      : task_(task),
+        exactInFloat_(task.kernel.size <= Converted::longest && magnitudeOf(task.kernel) * 255.0f <= 0x1p24f),
+        converted_(task) {}
 
   void operator()(View<const uint8_t> src, Kept* const* results, int rows) const {
     if (exactInFloat_)
-      converted_.filter(src, results, rows);
-    else
-      parts_.filter(src, results, rows, integers_, scaling_, integers_);
+      return converted_.filter(src, results, rows);
+    RowParts<uint8_t, channels> parts{task_};
+    const auto integers = parts.integerTaps(task_.kernel);
+    parts.filter(src, results, rows, integers, Scaled<int16_t, Kept>{reciprocal(task_.kernel.divisor)}, integers);
   }
 
   static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
 
 private:
   using Converted = ConvertedRow<uint8_t, channels, int16_t, Kept>;
-  RowParts<uint8_t, channels> parts_;
+  RowTask<uint8_t, int16_t> task_;
   bool exactInFloat_;
   Converted converted_;
-  IntegerTaps<uint8_t, channels> integers_;
-  Scaled<int16_t, Kept> scaling_;
 };
 
 template <int channels, class Kept>
 class RowFilter<uint16_t, channels, Kept> {
 public:
-  RowFilter(int width, RowKernel<uint16_t> kernel, RowBorder<uint16_t> border, uint8_t* buffer)
-      : parts_(width, kernel, border, buffer),
-        converted_(parts_.outside, width, kernel, border, parts_.floats(kernel.size)),
-        floats_(parts_.floatTaps(kernel, 1.0f)),
-        scaling_(reciprocal(kernel.divisor)) {}
+  explicit RowFilter(const RowTask<uint16_t, uint16_t>& task) : task_(task), converted_(task) {}
 
   void operator()(View<const uint16_t> src, Kept* const* results, int rows) const {
-    if (floats_.count <= Converted::longest)
-      converted_.filter(src, results, rows);
-    else
-      parts_.filter(src, results, rows, floats_, scaling_, floats_);
+    if (task_.kernel.size <= Converted::longest)
+      return converted_.filter(src, results, rows);
+    RowParts<uint16_t, channels> parts{task_};
+    const auto floats = parts.floatTaps(task_.kernel, 1.0f);
+    parts.filter(src, results, rows, floats, Scaled<uint16_t, Kept>{reciprocal(task_.kernel.divisor)}, floats);
   }
 
   static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
 
 private:
   using Converted = ConvertedRow<uint16_t, channels, uint16_t, Kept>;
-  RowParts<uint16_t, channels> parts_;
+  RowTask<uint16_t, uint16_t> task_;
   Converted converted_;
-  FloatTaps<uint16_t, channels> floats_;
-  Scaled<uint16_t, Kept> scaling_;
 };
 
 /// Sums of kernels with large coefficients are made in float, since they can leave 32 bits.
 template <int channels, class Kept>
 class RowFilter<int16_t, channels, Kept> {
 public:
-  RowFilter(int width, RowKernel<int16_t> kernel, RowBorder<int16_t> border, uint8_t* buffer)
-      : parts_(width, kernel, border, buffer),
-        integers_(parts_.integerTaps(kernel)),
-        floats_(parts_.floatTaps(kernel, reciprocal(kernel.divisor))),
-        scaling_(reciprocal(kernel.divisor)),
-        sums_(sumsOf(kernel, width)) {}
+  explicit RowFilter(const RowTask<int16_t, int16_t>& task)
+      : parts_(task),
+        integers_(parts_.integerTaps(task.kernel)),
+        floats_(parts_.floatTaps(task.kernel, reciprocal(task.kernel.divisor))),
+        scaling_(reciprocal(task.kernel.divisor)),
+        sums_(sumsOf(task.kernel, task.width)) {}
 
   void operator()(View<const int16_t> src, Kept* const* results, int rows) const {
     switch (sums_) {
@@ -201,10 +184,10 @@ public:
       case Sums::floats:
         return parts_.filter(src, results, rows, floats_, scaledBefore_, floats_);
       case Sums::floatsLikeEdges:
-        return parts_.filter(src, results, rows, centreLikeEdges(edgeOf(floats_, scaledBefore_)),
-                             edgeOf(integers_, scaling_));
+        return parts_.zones.filter(src, results, rows, centreLikeEdges(edgeOf(floats_, scaledBefore_)),
+                                   edgeOf(integers_, scaling_));
       case Sums::floatsInCentre:
-        return parts_.filter(src, results, rows, centreOf(floats_, scaledBefore_), edgeOf(integers_, scaling_));
+        return parts_.zones.filter(src, results, rows, centreOf(floats_, scaledBefore_), edgeOf(integers_, scaling_));
     }
   }
 
@@ -235,8 +218,7 @@ private:
 template <int channels>
 class RowFilter<float, channels, float> {
 public:
-  RowFilter(int width, RowKernel<float> kernel, RowBorder<float> border, uint8_t* buffer)
-      : parts_(width, kernel, border, buffer), floats_(parts_.floatTaps(kernel, 1.0f)) {}
+  explicit RowFilter(const RowTask<float, float>& task) : parts_(task), floats_(parts_.floatTaps(task.kernel, 1.0f)) {}
 
   void operator()(View<const float> src, float* const* results, int rows) const {
     parts_.filter(src, results, rows, floats_, Narrowed<float, float>{}, floats_);

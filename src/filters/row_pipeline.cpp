@@ -8,15 +8,15 @@ template <class Source, class Result, class Coefficient>
 void filterChannels(View<const Source> src, Result* const* dstRows, OrvSize roi, int channels,
                     RowKernel<Coefficient> kernel, RowBorder<Source> border, uint8_t* buffer) {
   if (channels == 1)
-    RowFilter<Source, 1, Result>{roi.width, kernel, border, buffer}(src, dstRows, roi.height);
+    RowFilter<Source, 1, Result>{{roi.width, kernel, border, buffer}}(src, dstRows, roi.height);
   else
-    RowFilter<Source, 3, Result>{roi.width, kernel, border, buffer}(src, dstRows, roi.height);
+    RowFilter<Source, 3, Result>{{roi.width, kernel, border, buffer}}(src, dstRows, roi.height);
 }
 
 template <int channels>
 void filterLow(View<const int16_t> src, int16_t* const* dstRows, OrvSize roi, RowKernel<int16_t> kernel,
                RowBorder<int16_t> border, uint8_t* buffer) {
-  RowParts<int16_t, channels> parts{roi.width, kernel, border, buffer};
+  RowParts<int16_t, channels> parts{RowTask<int16_t, int16_t>{roi.width, kernel, border, buffer}};
   auto* const coefficients = parts.carver.template take<WordPair>(static_cast<size_t>(kernel.size));
   for (int j = 0; j < kernel.size; ++j) coefficients[j] = WordPair{loadSample(kernel.taps + j)};
   const WrappingTaps<channels> taps{coefficients, kernel.size};

@@ -19,94 +19,101 @@ struct RowWindow {
   int after() const { return reach() - anchor; }
 };
 
-/// Where the pixels come from that windows see outside the row, `anchor` on the left and the others on the right. It is
-/// the same for every row: worked out once a call.
-template <class Source, int channels>
-class OutsidePixels {
-public:
-  /// `offsets` has room for window.reach() entries.
-  OutsidePixels(int32_t* offsets, int width, RowWindow window, RowBorder<Source> border)
-      : offsets_(offsets), anchor_(window.anchor), width_(width), value_(border.value) {
-    const AxisBorder axis = horizontalBorder(border.mode);
-    const auto map = [&](int first, int end) {
-      for (int x = first; x < end; ++x) {
-        const SourceIndex source = mapIndex(x, width, axis);
-        offsets_[entry(x)] = source.isBorderValue ? borderPixel : source.index * channels;
-      }
-    };
-    map(-window.anchor, 0);
-    map(width, width + window.after());
-  }
+/// What all rows of a call share; the caller's buffer for it.
+template <class Source, class Coefficient>
+struct RowTask {
+  int width;
+  RowKernel<Coefficient> kernel;
+  RowBorder<Source> border;
+  uint8_t* buffer;
 
-  const Source* pixel(const Source* row, int x) const {
-    const int32_t offset = offsets_[entry(x)];
-    return offset == borderPixel ? value_ : row + offset;
-  }
-
-private:
-  static constexpr int32_t borderPixel = std::numeric_limits<int32_t>::min();
-
-  int entry(int x) const { return anchor_ + (x < 0 ? x : x - width_); }
-
-  int32_t* offsets_;
-  int anchor_, width_;
-  const Source* value_;
+  RowWindow window() const { return {kernel.size, kernel.anchor}; }
 };
 
 /// Pixels of the edge line: up to three stretches of size - 1.
 constexpr size_t edgeLinePixels(int kernelSize) { return 3 * static_cast<size_t>(kernelSize - 1); }
 
+/// The edge line of a row and where its pixels come from, which is the same for every row: worked out once a call.
+template <class Source, int channels>
+class EdgeLine {
+public:
+  /// Room for edgeLinePixels pixels and as many offsets.
+  struct Scratch {
+    Source* line;
+    int32_t* offsets;
+  };
+
+  EdgeLine(Scratch scratch, int width, RowWindow window, RowBorder<Source> border) : scratch_(scratch) {
+    const int reach = window.taps - 1;
+    if (width > reach) {
+      append(-window.anchor, reach, width, border);
+      append(width - reach, width + reach - window.anchor, width, border);
+    } else {  // a row narrower than the window lies in the line once, as a whole, between its extensions
+      append(-window.anchor, width + reach - window.anchor, width, border);
+    }
+  }
+
+  /// Takes the pixels from a row; those of a constant border stay as they are.
+  void fill(const Source* row) const {
+    for (int i = 0; i < pixels_; ++i)
+      if (scratch_.offsets[i] != borderPixel)
+        std::memcpy(scratch_.line + i * channels, row + scratch_.offsets[i], channels * sizeof(Source));
+  }
+
+  const Source* pixel(int i) const { return scratch_.line + i * channels; }
+
+private:
+  static constexpr int32_t borderPixel = std::numeric_limits<int32_t>::min();
+
+  /// The pixels first .. end - 1 of the extended row.
+  void append(int first, int end, int width, RowBorder<Source> border) {
+    for (int x = first; x < end; ++x, ++pixels_) {
+      const SourceIndex source = mapIndex(x, width, horizontalBorder(border.mode));
+      scratch_.offsets[pixels_] = source.isBorderValue ? borderPixel : source.index * channels;
+      if (source.isBorderValue)
+        std::memcpy(scratch_.line + pixels_ * channels, border.value, channels * sizeof(Source));
+    }
+  }
+
+  Scratch scratch_;
+  int pixels_ = 0;
+};
+
+/// The zones of the rows of an image.
 template <class Source, int channels>
 class RowZones {
 public:
-  /// `line` has room for edgeLinePixels pixels.
-  RowZones(Source* line, OutsidePixels<Source, channels> outside, int width, RowWindow window)
-      : line_(line),
-        outside_(outside),
-        window_(window),
-        width_(width),
-        centrePixels_(std::max(width - window.reach(), 0)),
-        leftPixels_(std::min(window.anchor, width)) {}
+  RowZones(typename EdgeLine<Source, channels>::Scratch scratch, int width, RowWindow window, RowBorder<Source> border)
+      : line_(scratch, width, window, border), window_(window), width_(width) {}
 
-  /// Calls centre(source, result, samples), unless the row is narrower than the window, and edge(source) for each sample
-  /// of the edges.
+  /// Calls centre(source, result, samples) once a row, unless the row is narrower than the window, and edge(source) for
+  /// each sample of the edges.
   template <class Result>
-  void filter(const Source* row, Result* result, auto centre, auto edge) const {
+  void filter(View<const Source> src, Result* const* results, int rows, auto centre, auto edge) const {
+    const int centrePixels = std::max(width_ - window_.reach(), 0);
+    const int leftPixels = std::min(window_.anchor, width_);
+    const int rightPixels = width_ - centrePixels - leftPixels;
+    const EdgeLine<Source, channels> line = line_;
+    const Source* const rightWindows = line.pixel(centrePixels > 0 ? window_.anchor + window_.reach() : leftPixels);
+
     const auto edges = [&](const Source* s, Result* d, int pixels) {
       for (int i = 0; i < pixels * channels; ++i) storeSample(d + i, edge(s + i));
     };
-    fillLine(row);
-    edges(line_, result, leftPixels_);
-    if (centrePixels_ > 0)
-      centre(row, result + leftPixels_ * channels, centrePixels_ * channels);
-    const int rightFirst = centrePixels_ > 0 ? window_.anchor + window_.reach() : leftPixels_;
-    const int done = leftPixels_ + centrePixels_;
-    edges(line_ + rightFirst * channels, result + done * channels, width_ - done);
+    for (int y = 0; y < rows; ++y) {
+      const Source* const row = src.row(y);
+      Result* const result = results[y];
+      line.fill(row);
+      edges(line.pixel(0), result, leftPixels);
+      if (centrePixels > 0)
+        centre(row, result + leftPixels * channels, centrePixels * channels);
+      edges(rightWindows, result + (leftPixels + centrePixels) * channels, rightPixels);
+    }
   }
 
 private:
-  /// A row narrower than the window lies in the line once, as a whole, between its extensions.
-  void fillLine(const Source* row) const {
-    Source* d = line_;
-    const auto append = [&](const Source* pixel) {
-      std::memcpy(d, pixel, channels * sizeof(Source));
-      d += channels;
-    };
-    const auto appendInside = [&](int first, int end) {
-      for (int x = first; x < end; ++x) append(row + x * channels);
-    };
-    const int reach = window_.reach();
-    for (int x = -window_.anchor; x < 0; ++x) append(outside_.pixel(row, x));
-    appendInside(0, std::min(width_, reach));
-    if (centrePixels_ > 0)
-      appendInside(width_ - reach, width_);
-    for (int x = width_; x < width_ + window_.after(); ++x) append(outside_.pixel(row, x));
-  }
-
-  Source* line_;
-  OutsidePixels<Source, channels> outside_;
+  EdgeLine<Source, channels> line_;
   RowWindow window_;
-  int width_, centrePixels_, leftPixels_;
+  int width_;
 };
 
 }  // namespace orv
