@@ -117,8 +117,7 @@ public:
       const int height = std::min(bandRows_, roi_.height - y);
       const int known = y == 0 ? 0 : context;
       for (int i = 0; i < known; ++i) rows_[i] = rows_[i + bandRows_];
-      for (int i = known; i < height + context; ++i) rows_[i] = sourceOf(y - kernel_.radius() + i);
-      filterEntering(y, height);
+      enterRows(y - kernel_.radius(), known, height + context);
       for (int i = 0; i < height; ++i)
         withTaps(kernel_.size, [&](auto taps) {
           filterRowGroup<taps, 1>(columns_, rows_ + i, View<Sample>{dst.row(y + i), dst.step}, rowSamples());
@@ -170,23 +169,23 @@ private:
     return row;
   }
 
-  /// Filters the rows that a band is the first to see, as far as they are real.
-  void filterEntering(int y, int height) {
-    const int top = y - kernel_.radius();
-    const int first = std::max(y == 0 ? top : y + kernel_.radius(), vertical_.lo ? top : 0);
-    const int end = y + height + kernel_.radius();
-    const int endReal = vertical_.hi ? end : std::min(end, roi_.height);
-    if (first < endReal)
-      filterRows_(View<const Sample>{src_.row(first), src_.step}, rows_ + (first - top), endReal - first);
-  }
-
-  float* ringRow(int y) const { return ring_.row((y + kernel_.radius()) % ringRows_); }
-
-  /// Rows above and below the image are rows of the ring that they repeat or reflect: an output row that sees one of
-  /// them sees its source too.
-  float* sourceOf(int y) const {
-    const SourceIndex source = mapIndex(y, roi_.height, vertical_);
-    return source.isBorderValue ? constantRow_ : ringRow(source.index);
+  /// Finds the rows begin .. end - 1 of a band whose context starts at row `top` of the image: real rows are filtered into
+  /// the ring; rows above and below the image are those that they repeat or reflect, which the same band sees.
+  void enterRows(int top, int begin, int end) {
+    const int firstReal = std::clamp(vertical_.lo ? begin : -top, begin, end);
+    const int endReal = vertical_.hi ? end : std::clamp(roi_.height - top, firstReal, end);
+    for (int i = firstReal; i < endReal; ++i) {
+      rows_[i] = ring_.row(place_);
+      place_ = place_ + 1 == ringRows_ ? 0 : place_ + 1;
+    }
+    const auto derive = [&](int i) {
+      const SourceIndex source = mapIndex(top + i, roi_.height, vertical_);
+      rows_[i] = source.isBorderValue ? constantRow_ : rows_[source.index - top];
+    };
+    for (int i = begin; i < firstReal; ++i) derive(i);
+    for (int i = endReal; i < end; ++i) derive(i);
+    if (firstReal < endReal)
+      filterRows_(View<const Sample>{src_.row(top + firstReal), src_.step}, rows_ + firstReal, endReal - firstReal);
   }
 
   View<const Sample> src_;
@@ -194,6 +193,7 @@ private:
   AxisBorder vertical_;
   GaussianKernel<Sample> kernel_;
   int bandRows_, ringRows_;
+  int place_ = 0;  ///< in the ring, of the next row
   Columns columns_;
   float** rows_;
   View<float> ring_;
