@@ -12,7 +12,7 @@ namespace orv {
 /// Filters `samples` outputs: wide blocks, then narrow ones, the last of which steps back to end with the row. Bound by
 /// the loads of the samples, one or two an output and tap.
 template <int taps, class Taps, class Scaling, class Source, class Kept>
-void filterSpan(const Taps& sums, const Scaling& scaling, const Source* s, Kept* d, int samples) {
+void filterSpan(Taps sums, Scaling scaling, const Source* s, Kept* d, int samples) {
   const auto wide = [&](int x) __attribute__((always_inline)) {
     scaling.store(sums.template sum<taps, true>(s + x).v, d + x);
   };
