@@ -19,7 +19,12 @@ template <class Source, class Dst, class Coefficient, Factor blockFactor,
           Rounding blockRounding = Rounding::toNearestEven>
 class FloatColumns {
 public:
-  static constexpr bool convertsSamples = !std::is_same_v<Source, float>;
+  /// Vectors in a block of two output rows, which share their loads; 0 where loads come with the products. The sums of
+  /// any number of taps stay in registers if they are few.
+  template <int taps>
+  static constexpr int pairedVectors = operandsOf<Source, Dst> == Operands::free           ? 0
+                                       : taps == anyTaps && !std::is_same_v<Source, float> ? 1
+                                                                                           : 2;
 
   FloatColumns(ColumnKernel<Coefficient> kernel, float factor)
       : count_(kernel.size),
@@ -88,7 +93,8 @@ private:
 template <class Scaling>
 class WrappingColumns {
 public:
-  static constexpr bool convertsSamples = false;
+  template <int taps>
+  static constexpr int pairedVectors = 0;
 
   WrappingColumns(ColumnKernel<int16_t> kernel, Scaling scaling)
       : count_(kernel.size),
@@ -129,8 +135,9 @@ void filterRowGroup(const Columns& columns, const Source* const* srcRows, View<D
   };
   int x = 0;
   if constexpr (rows == 1)
-    x = blocks(std::integral_constant<int, 4>{}, x);
-  x = blocks(std::integral_constant < int, rows == 2 && taps == anyTaps ? 1 : 2 > {}, x);
+    x = blocks(std::integral_constant<int, 2>{}, blocks(std::integral_constant<int, 4>{}, x));
+  else
+    x = blocks(std::integral_constant<int, Columns::template pairedVectors<taps>>{}, x);
   for (int row = 0; x < width && row < rows; ++row) columns.tail(srcRows + row, dst.row(row), x, width);
 }
 
@@ -147,7 +154,7 @@ void withTaps(int count, auto filter) {
   }
 }
 
-/// Filters whole rows, two by two where these share conversions. Output rows that overlap each other are written one
+/// Filters whole rows, two by two where these share loads. Output rows that overlap each other are written one
 /// after the other.
 template <class Columns, class Source, class Dst>
 void filterColumnsWith(const Columns& columns, int count, const Source* const* srcRows, View<Dst> dst,
@@ -155,7 +162,7 @@ void filterColumnsWith(const Columns& columns, int count, const Source* const* s
   withTaps(count, [&](auto taps) {
     const bool overlapping = dst.step < int64_t{samples.width} * static_cast<int>(sizeof(Dst));
     int y = 0;
-    if constexpr (Columns::convertsSamples && taps != manyTaps)
+    if constexpr (taps != manyTaps && Columns::template pairedVectors<taps> != 0)
       for (; !overlapping && y <= samples.height - 2; y += 2)
         filterRowGroup<taps, 2>(columns, srcRows + y, View<Dst>{dst.row(y), dst.step}, samples.width);
     for (; y < samples.height; ++y)

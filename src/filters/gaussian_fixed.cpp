@@ -118,10 +118,8 @@ public:
       const int known = y == 0 ? 0 : context;
       for (int i = 0; i < known; ++i) rows_[i] = rows_[i + bandRows_];
       enterRows(y - kernel_.radius(), known, height + context);
-      for (int i = 0; i < height; ++i)
-        withTaps(kernel_.size, [&](auto taps) {
-          filterRowGroup<taps, 1>(columns_, rows_ + i, View<Sample>{dst.row(y + i), dst.step}, rowSamples());
-        });
+      filterColumnsWith(columns_, kernel_.size, rows_, View<Sample>{dst.row(y), dst.step},
+                        OrvSize{rowSamples(), height});
     }
   }
 
@@ -147,13 +145,13 @@ private:
   int rowSamples() const { return roi_.width * channels; }
   size_t ringRowSamples() const { return static_cast<size_t>(roundUp(rowSamples(), F32x8::lanes)); }
 
-  /// As many rows as the row filter likes at once, as far as the ring of short rows has room for them: half of what the
-  /// buffer holds for rows of words, less a constant row.
+  /// As many rows as the row filter likes at once, as far as the buffer has room for the ring: for integers, half as many
+  /// rows as of words, less a constant row. Float columns are filtered two rows at a time.
   int rowsOfBand() const {
     const int K = kernel_.size;
     const int liked = std::min(roi_.height, Filter::rowsAtOnce(roi_.width, K));
     if (liked == 1)
-      return 1;
+      return std::is_same_v<Sample, float> ? std::min(roi_.height, 2) : 1;
     const int words = (2 * K - 1 + std::min(roi_.height, K)) * roundUp((roi_.width + K) * channels, 8);
     return std::clamp(words / (2 * static_cast<int>(ringRowSamples())) - K, 1, liked);
   }

@@ -2,6 +2,8 @@
 // for a column pass that would convert them anyway.
 #pragma once
 
+#include <optional>
+
 #include "filters/converted_row.h"
 #include "filters/row_kernels.h"
 #include "filters/row_walk.h"
@@ -111,6 +113,9 @@ struct RowParts {
   }
 };
 
+/// Where rows are filtered one by one, a call should not be lost in its own cost.
+constexpr int rowsWorthACall(int width) { return width <= 128 ? 8 : 1; }
+
 /// Filters rows of a source type and 1 or 3 channels; the integers of the result are stored as Kept. Calls that have the
 /// choice should filter rowsAtOnce rows.
 template <class Source, int channels, class Kept>
@@ -191,7 +196,7 @@ public:
     }
   }
 
-  static constexpr int rowsAtOnce(int, int) { return 1; }
+  static constexpr int rowsAtOnce(int width, int) { return rowsWorthACall(width); }
 
 private:
   enum class Sums { integers, foldedFloats, floats, floatsLikeEdges, floatsInCentre };
@@ -215,20 +220,42 @@ private:
   Sums sums_;
 };
 
+/// Short rows are copied with their extension, several at a time, long ones filtered where they lie.
 template <int channels>
 class RowFilter<float, channels, float> {
 public:
-  explicit RowFilter(const RowTask<float, float>& task) : parts_(task), floats_(parts_.floatTaps(task.kernel, 1.0f)) {}
-
-  void operator()(View<const float> src, float* const* results, int rows) const {
-    parts_.filter(src, results, rows, floats_, Narrowed<float, float>{}, floats_);
+  explicit RowFilter(const RowTask<float, float>& task) {
+    if (isShort(task.width, task.kernel.size)) {
+      copied_.emplace(task);
+    } else {
+      parts_.emplace(task);
+      floats_ = parts_->floatTaps(task.kernel, 1.0f);
+    }
   }
 
-  static constexpr int rowsAtOnce(int, int) { return 1; }
+  void operator()(View<const float> src, float* const* results, int rows) const {
+    if (copied_)
+      copied_->filter(src, results, rows);
+    else
+      parts_->filter(src, results, rows, floats_, Narrowed<float, float>{}, floats_);
+  }
+
+  static constexpr int rowsAtOnce(int width, int taps) {
+    return isShort(width, taps) ? Copied::rowsAtOnce(width, taps) : rowsWorthACall(width);
+  }
 
 private:
-  RowParts<float, channels> parts_;
-  FloatTaps<float, channels> floats_;
+  using Copied = ConvertedRow<float, channels, float, float>;
+
+  /// Rows of whole vectors, no sum of which goes beyond the row, with more edges than are made one by one at less cost.
+  static constexpr bool isShort(int width, int taps) {
+    const bool wholeVectors = width >= F32x8::lanes && width <= 128 / channels;
+    return wholeVectors && (taps - 1) * channels >= 4 && taps <= Copied::longest;
+  }
+
+  std::optional<Copied> copied_;
+  std::optional<RowParts<float, channels>> parts_;
+  FloatTaps<float, channels> floats_{};
 };
 
 }  // namespace orv

@@ -198,9 +198,10 @@ struct Narrowed {
   }
   /// Rounds each lane by its zone.
   [[gnu::always_inline]] void store(const F32x8 (&sums)[1], Kept* d, F32x8 edgeLanes) const {
-    const F32x8 whole[1] = {
-        select(edgeLanes.v, roundedFloats<edgeRounding>(sums[0]), roundedFloats<centreRounding>(sums[0]))};
-    storeNarrowed<centreRounding, Sample>(whole, d);
+    F32x8 results[1] = {sums[0]};
+    if constexpr (!std::is_same_v<Sample, float>)
+      results[0] = select(edgeLanes.v, roundedFloats<edgeRounding>(sums[0]), roundedFloats<centreRounding>(sums[0]));
+    store(results, d);
   }
   Kept centre(F32x1 sum) const { return narrowed<centreRounding, Sample>(sum); }
   Kept edge(F32x1 sum) const { return narrowed<edgeRounding, Sample>(sum); }
