@@ -1,5 +1,5 @@
-// Rows of small integers that are filtered in float. A row is converted once, with its extension, a stretch at a time:
-// float sums take fewer instructions than integer ones.
+// Rows that are filtered as float copies, extended at both ends. Integers are converted once and not for each tap; short
+// rows are mostly edge, and their copies have none.
 #pragma once
 
 #include <bit>
@@ -31,6 +31,8 @@ public:
 
   /// Calls take(pixel) for the pixels first .. end - 1, which lie on one side of the row.
   [[gnu::always_inline]] void forEach(const Source* row, int first, int end, auto take) const {
+    if (first >= end)
+      return;
     const Source* const value = value_;
     const int32_t* offset = offsets_ + entry(first);
     for (const int32_t* const stop = offset + (end - first); offset < stop; ++offset)
@@ -47,7 +49,8 @@ private:
   const Source* value_;
 };
 
-/// `Sample` is the type of the result, whose integers are stored as Kept.
+/// A row is copied a stretch at a time, a short one as a whole with several others. `Sample` is the type of the result,
+/// whose integers are stored as Kept.
 template <class Source, int channels, class Sample, class Kept>
 class ConvertedRow {
 public:

@@ -152,8 +152,9 @@ private:
     const int liked = std::min(roi_.height, Filter::rowsAtOnce(roi_.width, K));
     if (liked == 1)
       return std::is_same_v<Sample, float> ? std::min(roi_.height, 2) : 1;
-    const int words = (2 * K - 1 + std::min(roi_.height, K)) * roundUp((roi_.width + K) * channels, 8);
-    return std::clamp(words / (2 * static_cast<int>(ringRowSamples())) - K, 1, liked);
+    const int64_t words = (int64_t{2} * K - 1 + std::min(roi_.height, K)) * roundUp((roi_.width + K) * channels, 8);
+    const int64_t room = words / (2 * static_cast<int64_t>(ringRowSamples())) - K;
+    return static_cast<int>(std::clamp<int64_t>(room, 1, liked));
   }
 
   /// What rows above and below the image are under a constant border.
