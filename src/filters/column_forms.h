@@ -22,9 +22,9 @@ public:
   /// Vectors in a block of two output rows, which share their loads; 0 where loads come with the products. The sums of
   /// any number of taps stay in registers if they are few.
   template <int taps>
-  static constexpr int pairedVectors = operandsOf<Source, Dst> == Operands::free           ? 0
-                                       : taps == anyTaps && !std::is_same_v<Source, float> ? 1
-                                                                                           : 2;
+  static constexpr int pairedVectors = std::is_same_v<Source, float> ? 0
+                                       : taps == anyTaps             ? 1
+                                                                     : 2;
 
   FloatColumns(ColumnKernel<Coefficient> kernel, float factor)
       : count_(kernel.size),
@@ -41,7 +41,7 @@ public:
     if (taps == 3 && symmetricThree_)
       sumSymmetricThree(srcRows, x, blockCoefficients_.template forTaps<taps>(), sums);
     else
-      sumColumns<taps, operandsOf<Source, Dst>>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+      sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
     unrolled<rows>([&](auto row) __attribute__((always_inline)) {
       if constexpr (blockFactor == Factor::onSum)
         unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
@@ -76,7 +76,7 @@ private:
   template <class V>
   TailSums<V> tailSums(const Source* const* srcRows, int x) const {
     V sums[1][1];
-    sumColumns<manyTaps, operandsOf<Source, Dst>>(srcRows, x, count_, tailCoefficients_, sums);
+    sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
     if constexpr (blockFactor != Factor::none)
       sums[0][0] = sums[0][0] * V::broadcast(factor_);
     return {{sums[0][0]}};
@@ -105,14 +105,14 @@ public:
   template <int taps, int rows, int vectors>
   [[gnu::always_inline]] void block(const int16_t* const* srcRows, View<int16_t> dst, int x) const {
     Wrapping16x8 sums[rows][vectors];
-    sumColumns<taps, Operands::ordered>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
+    sumColumns<taps>(srcRows, x, count_, blockCoefficients_.template forTaps<taps>(), sums);
     unrolled<rows>([&](auto row) __attribute__((always_inline)) { scaling_.store(sums[row], dst.row(row) + x); });
   }
 
   void tail(const int16_t* const* srcRows, int16_t* dst, int x, int width) const {
     for (; x < width; ++x) {
       Wrapping32x1 sums[1][1];
-      sumColumns<manyTaps, Operands::ordered>(srcRows, x, count_, tailCoefficients_, sums);
+      sumColumns<manyTaps>(srcRows, x, count_, tailCoefficients_, sums);
       storeSample(dst + x, scaling_.edge(sums[0][0]));
     }
   }

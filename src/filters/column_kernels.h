@@ -45,38 +45,35 @@ private:
 /// What a row contributes to an output's sum.
 enum class Term { none, first, further };
 
-/// Whether operands keep their order. Which of two NaNs a sum of theirs is can be seen in float results only; for
-/// others the compiler may take float samples from memory. Samples that are converted first gain nothing by that.
-enum class Operands { ordered, free };
+/// Float samples come with their products, straight from memory; others are converted first.
+template <class V, class Source>
+auto operandOf(const Source* p) {
+  if constexpr (std::is_same_v<V, F32x8> && std::is_same_v<Source, float>)
+    return F32x8InMemory{p};
+  else
+    return loadSamples<V>(p);
+}
 
-template <class Source, class Dst>
-constexpr Operands operandsOf =
-    std::is_same_v<Source, float> && !std::is_same_v<Dst, float> ? Operands::free : Operands::ordered;
-
-template <Operands operands, Term term, class V>
-[[gnu::always_inline]] inline void addTerm(V& sum, const auto& coefficients, int j, V samples) {
-  if constexpr (term != Term::none) {
-    const V coefficient = V::broadcast(coefficients[j]);
-    const V product = operands == Operands::ordered ? coefficient * samples : productOf(coefficient, samples);
-    if constexpr (term == Term::first)
-      sum = product;
-    else
-      sum = operands == Operands::ordered ? sum + product : sumOf(sum, product);
-  }
+template <Term term, class V>
+[[gnu::always_inline]] inline void addTerm(V& sum, const auto& coefficients, int j, auto samples) {
+  if constexpr (term == Term::first)
+    sum = V::broadcast(coefficients[j]) * samples;
+  else if constexpr (term == Term::further)
+    sum = sum + V::broadcast(coefficients[j]) * samples;
 }
 
 /// Sums down `count` rows from sample x on, in the order of the taps and starting with the first product, for output
 /// rows 0 .. rows - 1 of srcRows.
-template <int taps, Operands operands, int rows, int vectors, class V, class Source>
+template <int taps, int rows, int vectors, class V, class Source>
 [[gnu::always_inline]] inline void sumColumns(const Source* const* srcRows, int x, int count, const auto& coefficients,
                                               V (&sums)[rows][vectors]) {
   // A source row is tap `row` of the upper output and tap `row - 1` of the lower one.
   const auto addRow = [&]<Term upper, Term lower>(int row) __attribute__((always_inline)) {
     const Source* const p = srcRows[row] + x;
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      const V samples = loadSamples<V>(p + V::lanes * i);
-      addTerm<operands, upper>(sums[0][i], coefficients, row, samples);
-      addTerm<operands, lower>(sums[rows - 1][i], coefficients, row - 1, samples);
+      const auto samples = operandOf<V>(p + V::lanes * i);
+      addTerm<upper>(sums[0][i], coefficients, row, samples);
+      addTerm<lower>(sums[rows - 1][i], coefficients, row - 1, samples);
     });
   };
   constexpr bool fixed = taps > 0;
