@@ -41,7 +41,7 @@ template <int channels, class Radius>
   const SymmetricKernel<Radius> kernel(half, radius);
   using Block = typename SymmetricKernel<Radius>::Block;
   const auto filter = [&]<class V>(V) __attribute__((always_inline)) {
-    kernel.template sum<V>([line](int tap) { return line + tap * channels; }).store(out);
+    kernel.template sum<V>(LineTaps{line, channels}).store(out);
     line += V::lanes;
     out += V::lanes;
     count -= V::lanes;
@@ -94,7 +94,7 @@ template <class Store, class Radius, class Sample>
     row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
   }
   const auto sum = [&]<class V>(V, int x) __attribute__((always_inline)) {
-    return kernel.template sum<V>([rows, x](int tap) { return rows[tap] + x; });
+    return kernel.template sum<V>(RowTaps{rows, x});
   };
   using Block = typename SymmetricKernel<Radius>::Block;
   if (count >= Block::lanes) {

@@ -26,6 +26,42 @@ template <class V>
   addPair(sum.high, tap, before + V::lanes, after + V::lanes);
 }
 
+/// The taps of a pass along a line: tap j reads from line + j * step on. A cursor goes from one tap to the next.
+struct LineTaps {
+  const float* line;
+  int step;
+
+  struct Cursor {
+    const float* p;
+    int step;
+
+    const float* operator*() const { return p; }
+    void operator++() { p += step; }
+    void operator--() { p -= step; }
+    bool operator!=(const Cursor& other) const { return p != other.p; }
+  };
+  const float* operator()(int tap) const { return line + tap * step; }
+  Cursor cursor(int tap) const { return {line + tap * step, step}; }
+};
+
+/// The taps of a pass down rows: tap j reads from rows[j] + x on.
+struct RowTaps {
+  const float* const* rows;
+  int x;
+
+  struct Cursor {
+    const float* const* row;
+    int x;
+
+    const float* operator*() const { return *row + x; }
+    void operator++() { ++row; }
+    void operator--() { --row; }
+    bool operator!=(const Cursor& other) const { return row != other.row; }
+  };
+  const float* operator()(int tap) const { return rows[tap] + x; }
+  Cursor cursor(int tap) const { return {rows + tap, x}; }
+};
+
 /// The sums of blocks of samples. at(tap) is the first sample of a block in the row under the tap.
 template <class Radius>
 class SymmetricKernel;
@@ -40,9 +76,12 @@ public:
 
   template <class V>
   [[gnu::always_inline]] V sum(auto at) const {
-    V sum = productOf(V::broadcast(half_), sumOf(V::load(at(0)), V::load(at(2 * radius_))));
-    for (int i = 1; i < radius_; ++i) addPair(sum, F32x8::broadcast(half_ + i), at(i), at(2 * radius_ - i));
-    return sumOf(sum, productOf(V::broadcast(half_ + radius_), V::load(at(radius_))));
+    auto before = at.cursor(0), after = at.cursor(2 * radius_);
+    const float* tap = half_;
+    V sum = productOf(V::broadcast(tap), sumOf(V::load(*before), V::load(*after)));
+    for (++before, --after, ++tap; before != after; ++before, --after, ++tap)
+      addPair(sum, F32x8::broadcast(tap), *before, *after);
+    return sumOf(sum, productOf(V::broadcast(tap), V::load(*before)));
   }
 
 private:
