@@ -15,15 +15,15 @@
 namespace orvtest {
 
 template <class Sample>
-constexpr int gaussianDataType = 0;
+inline constexpr int gaussianDataType = 0;
 template <>
-constexpr int gaussianDataType<uint8_t> = orvDataType8u;
+inline constexpr int gaussianDataType<uint8_t> = orvDataType8u;
 template <>
-constexpr int gaussianDataType<uint16_t> = orvDataType16u;
+inline constexpr int gaussianDataType<uint16_t> = orvDataType16u;
 template <>
-constexpr int gaussianDataType<int16_t> = orvDataType16s;
+inline constexpr int gaussianDataType<int16_t> = orvDataType16s;
 template <>
-constexpr int gaussianDataType<float> = orvDataType32f;
+inline constexpr int gaussianDataType<float> = orvDataType32f;
 
 /// The fixed-point filter on the pipelines, or the one in single precision.
 enum class Gaussian { pipelines, singlePrecision };
