@@ -89,6 +89,7 @@ template <class Store, class Radius, class Sample>
   const float** const rows = local.empty() ? static_cast<const float**>(memory) : local.data();
   const int taps = 2 * radius + 1;
   const float* row = ring.row(oldest);
+#pragma GCC unroll 8
   for (int tap = 0; tap < taps; ++tap) {
     rows[tap] = row;
     row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
