@@ -39,14 +39,13 @@ static_assert(blockLanes * sizeof(float) == blockAlignment);
 template <int channels, class Radius>
 [[gnu::noinline]] void filterLine(const float* half, Radius radius, const float* line, float* out, int count) {
   const SymmetricKernel<Radius> kernel(half, radius);
-  using Block = typename SymmetricKernel<Radius>::Block;
   const auto filter = [&]<class V>(V) __attribute__((always_inline)) {
     kernel.template sum<V>(LineTaps{line, channels}).store(out);
     line += V::lanes;
     out += V::lanes;
     count -= V::lanes;
   };
-  while (count > Block::lanes - blockLanes) filter(Block{});
+  while (count > F32x16::lanes) filter(F32x32{});
   if (count > 0)
     filter(F32x16{});
 }
@@ -97,9 +96,8 @@ template <class Store, class Radius, class Sample>
   const auto sum = [&]<class V>(V, int x) __attribute__((always_inline)) {
     return kernel.template sum<V>(RowTaps{rows, x});
   };
-  using Block = typename SymmetricKernel<Radius>::Block;
-  if (count >= Block::lanes) {
-    storeRow<Store, Block>(dst, count, sum);
+  if (count >= F32x32::lanes) {
+    storeRow<Store, F32x32>(dst, count, sum);
   } else if (count >= blockLanes) {
     storeRow<CachedStore, F32x16>(dst, count, sum);
   } else {

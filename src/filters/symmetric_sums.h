@@ -70,8 +70,6 @@ class SymmetricKernel;
 template <>
 class SymmetricKernel<int> {
 public:
-  using Block = F32x32;
-
   SymmetricKernel(const float* half, int radius) : half_(half), radius_(radius) {}
 
   template <class V>
@@ -94,8 +92,6 @@ private:
 template <int radius>
 class SymmetricKernel<Constant<radius>> {
 public:
-  using Block = F32x16;
-
   SymmetricKernel(const float* half, Constant<radius>)
       : SymmetricKernel(half, std::make_integer_sequence<int, radius + 1>{}) {}
 
