@@ -31,27 +31,14 @@ GaussianSpec specIn(const void* block) {
   return spec;
 }
 
-/// The coefficients of a sample type, and where its pipelines scale the sums of blocks down a column.
 template <class Sample>
-struct Form {
-  using Coefficient = Sample;
-  static constexpr Factor columnFactor = Factor::inCoefficients;
-};
-template <>
-struct Form<uint8_t> {
-  using Coefficient = int16_t;
-  static constexpr Factor columnFactor = Factor::inCoefficients;
-};
-template <>
-struct Form<uint16_t> {
-  using Coefficient = uint16_t;
-  static constexpr Factor columnFactor = Factor::onSum;
-};
-template <>
-struct Form<float> {
-  using Coefficient = float;
-  static constexpr Factor columnFactor = Factor::none;
-};
+using CoefficientOf = std::conditional_t<std::is_same_v<Sample, uint8_t>, int16_t, Sample>;
+
+/// Where the pipelines of a sample type scale the sums of blocks down a column.
+template <class Sample>
+constexpr Factor columnFactor = std::is_same_v<Sample, float>      ? Factor::none
+                                : std::is_same_v<Sample, uint16_t> ? Factor::onSum
+                                                                   : Factor::inCoefficients;
 
 /// The pipelines' buffer queries for a data type.
 using PipelineQuery = OrvStatus (*)(OrvSize roi, int kernelSize, int32_t* bufferSize);
@@ -81,7 +68,7 @@ PipelineQueries pipelineQueries(OrvDataType dataType, int numChannels) {
 /// A specification block's kernel.
 template <class Sample>
 struct GaussianKernel {
-  using Coefficient = typename Form<Sample>::Coefficient;
+  using Coefficient = CoefficientOf<Sample>;
   const Coefficient* taps;  ///< at any address
   int size, divisor;
 
@@ -125,7 +112,7 @@ public:
 
 private:
   using Filter = RowFilter<Sample, channels, float>;
-  using Columns = FloatColumns<float, Sample, typename Form<Sample>::Coefficient, Form<Sample>::columnFactor>;
+  using Columns = FloatColumns<float, Sample, CoefficientOf<Sample>, columnFactor<Sample>>;
 
   GaussianEngine(const void* block, const GaussianSpec& spec, View<const Sample> src, OrvSize roi,
                  const Sample* borderValue, Carver carver)
