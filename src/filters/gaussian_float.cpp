@@ -11,6 +11,8 @@
 #include "frame/fill.h"
 #include "frame/row_extension.h"
 #include "frame/views.h"
+#include "simd/blocks.h"
+#include "simd/copy.h"
 
 namespace orv {
 namespace {

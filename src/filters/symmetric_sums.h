@@ -8,7 +8,6 @@
 
 #include <utility>
 
-#include "simd/bits.h"
 #include "simd/rounding.h"
 
 namespace orv {
