@@ -107,6 +107,10 @@ struct RowParts {
     return {coefficients, kernel.size};
   }
 
+  /// The taps by the type of the coefficients.
+  IntegerTaps<Source, channels> tapsOf(RowKernel<int16_t> kernel) { return integerTaps(kernel); }
+  FloatTaps<Source, channels> tapsOf(RowKernel<uint16_t> kernel) { return floatTaps(kernel, 1.0f); }
+
   template <class Kept>
   void filter(View<const Source> src, Kept* const* results, int rows, auto taps, auto scaling, auto edgeTaps) const {
     zones.filter(src, results, rows, centreOf(taps, scaling), edgeOf(edgeTaps, scaling));
@@ -121,51 +125,44 @@ constexpr int rowsWorthACall(int width) { return width <= 128 ? 8 : 1; }
 template <class Source, int channels, class Kept>
 class RowFilter;
 
-/// Sums of bytes are made in float where these are exact.
-template <int channels, class Kept>
-class RowFilter<uint8_t, channels, Kept> {
-public:
-  explicit RowFilter(const RowTask<uint8_t, int16_t>& task)
-      : task_(task),
-        exactInFloat_(task.kernel.size <= Converted::longest && magnitudeOf(task.kernel) * 255.0f <= 0x1p24f),
-        converted_(task) {}
+/// Sums of bytes are integers, which float sums match where they are exact; sums of unsigned words are floats anyway.
+inline bool sumsInFloat(RowKernel<int16_t> kernel) { return magnitudeOf(kernel) * 255.0f <= 0x1p24f; }
+inline bool sumsInFloat(RowKernel<uint16_t>) { return true; }
 
-  void operator()(View<const uint8_t> src, Kept* const* results, int rows) const {
-    if (exactInFloat_)
+/// Rows of unsigned integers are filtered as float copies, unless the kernel is too long for them or needs integer sums.
+template <class Source, class Coefficient, class Sample, int channels, class Kept>
+class UnsignedRowFilter {
+public:
+  explicit UnsignedRowFilter(const RowTask<Source, Coefficient>& task)
+      : task_(task), converts_(task.kernel.size <= Converted::longest && sumsInFloat(task.kernel)), converted_(task) {}
+
+  void operator()(View<const Source> src, Kept* const* results, int rows) const {
+    if (converts_)
       return converted_.filter(src, results, rows);
-    RowParts<uint8_t, channels> parts{task_};
-    const auto integers = parts.integerTaps(task_.kernel);
-    parts.filter(src, results, rows, integers, Scaled<int16_t, Kept>{reciprocal(task_.kernel.divisor)}, integers);
+    RowParts<Source, channels> parts{task_};
+    const auto taps = parts.tapsOf(task_.kernel);
+    parts.filter(src, results, rows, taps, Scaled<Sample, Kept>{reciprocal(task_.kernel.divisor)}, taps);
   }
 
   static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
 
 private:
-  using Converted = ConvertedRow<uint8_t, channels, int16_t, Kept>;
-  RowTask<uint8_t, int16_t> task_;
-  bool exactInFloat_;
+  using Converted = ConvertedRow<Source, channels, Sample, Kept>;
+  RowTask<Source, Coefficient> task_;
+  bool converts_;
   Converted converted_;
 };
 
 template <int channels, class Kept>
-class RowFilter<uint16_t, channels, Kept> {
+class RowFilter<uint8_t, channels, Kept> : public UnsignedRowFilter<uint8_t, int16_t, int16_t, channels, Kept> {
 public:
-  explicit RowFilter(const RowTask<uint16_t, uint16_t>& task) : task_(task), converted_(task) {}
+  using UnsignedRowFilter<uint8_t, int16_t, int16_t, channels, Kept>::UnsignedRowFilter;
+};
 
-  void operator()(View<const uint16_t> src, Kept* const* results, int rows) const {
-    if (task_.kernel.size <= Converted::longest)
-      return converted_.filter(src, results, rows);
-    RowParts<uint16_t, channels> parts{task_};
-    const auto floats = parts.floatTaps(task_.kernel, 1.0f);
-    parts.filter(src, results, rows, floats, Scaled<uint16_t, Kept>{reciprocal(task_.kernel.divisor)}, floats);
-  }
-
-  static constexpr int rowsAtOnce(int width, int taps) { return Converted::rowsAtOnce(width, taps); }
-
-private:
-  using Converted = ConvertedRow<uint16_t, channels, uint16_t, Kept>;
-  RowTask<uint16_t, uint16_t> task_;
-  Converted converted_;
+template <int channels, class Kept>
+class RowFilter<uint16_t, channels, Kept> : public UnsignedRowFilter<uint16_t, uint16_t, uint16_t, channels, Kept> {
+public:
+  using UnsignedRowFilter<uint16_t, uint16_t, uint16_t, channels, Kept>::UnsignedRowFilter;
 };
 
 /// Sums of kernels with large coefficients are made in float, since they can leave 32 bits.
