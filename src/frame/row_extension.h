@@ -76,11 +76,9 @@ private:
     if (isLeft ? border.lo : border.hi) {
       copySamples(pixel(first), dst, count * channels);
     } else if (border.kind != orvBorderMirror || farthest < width) {
-      const bool isConstant = border.kind == orvBorderConstant;
+      const int end = isLeft ? 0 : width - 1;
       const bool isMirror = border.kind == orvBorderMirror;
-      const Sample* from = isConstant ? borderValue : pixel(isLeft ? 0 : width - 1);
-      if (isMirror)
-        from = pixel(isLeft ? -first : width - 2 - (first - width));
+      const Sample* from = border.kind == orvBorderConstant ? borderValue : pixel(isMirror ? 2 * end - first : end);
       for (int i = 0; i < count; ++i, dst += channels, from -= isMirror ? channels : 0) copyPixel(from, dst);
     } else {
       for (int i = 0; i < count; ++i, dst += channels) copyPixel(pixel(mapIndex(first + i, width, border).index), dst);

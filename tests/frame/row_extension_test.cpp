@@ -132,5 +132,18 @@ TEST(RowExtension, MirrorByHand) {
   EXPECT_EQ((std::vector<uint8_t>{2, 3, 2, 1, 2, 3, 2, 1, 2}), line);
 }
 
+TEST(RowExtension, BytesBecomeFloatsByHand) {
+  const uint8_t row[] = {10, 20, 30};
+  const uint8_t value = 7;
+  const auto floats = [&](int word) {
+    std::vector<float> line(7);
+    orv::RowExtension<uint8_t, 1>{row, 3, orv::horizontalBorder(word), &value}.copy(line.data(), -2, 7);
+    return line;
+  };
+  EXPECT_EQ((std::vector<float>{30, 20, 10, 20, 30, 20, 10}), floats(orvBorderMirror));
+  EXPECT_EQ((std::vector<float>{10, 10, 10, 20, 30, 30, 30}), floats(orvBorderReplicate));
+  EXPECT_EQ((std::vector<float>{7, 7, 10, 20, 30, 7, 7}), floats(orvBorderConstant));
+}
+
 }  // namespace
 }  // namespace orvtest
