@@ -95,8 +95,9 @@ template <class Store, class Radius, class Sample>
     rows[tap] = row;
     row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
   }
+  Column<Radius> column(rows);
   const auto sum = [&]<class V>(V, int x) __attribute__((always_inline)) {
-    return kernel.template sum<V>(RowTaps{rows, x});
+    return kernel.template sum<V>(column.taps(x));
   };
   if (count >= F32x32::lanes) {
     storeRow<Store, F32x32>(dst, count, sum);

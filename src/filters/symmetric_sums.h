@@ -6,6 +6,7 @@
 // The terms are added in this order, whatever the kernel size and the number of samples at a time.
 #pragma once
 
+#include <cstddef>
 #include <utility>
 
 #include "simd/rounding.h"
@@ -43,10 +44,14 @@ struct LineTaps {
   Cursor cursor(int tap) const { return {line + tap * step, step}; }
 };
 
-/// The taps of a pass down rows: tap j reads from rows[j] + x on.
-struct RowTaps {
-  const float* const* rows;
-  int x;
+/// The rows of a pass down. Tap j of taps(x) reads from rows[j] + x on.
+template <class Radius>
+class Column;
+
+template <>
+class Column<int> {
+public:
+  explicit Column(const float* const* rows) : rows_(rows) {}
 
   struct Cursor {
     const float* const* row;
@@ -57,8 +62,57 @@ struct RowTaps {
     void operator--() { --row; }
     bool operator!=(const Cursor& other) const { return row != other.row; }
   };
-  const float* operator()(int tap) const { return rows[tap] + x; }
-  Cursor cursor(int tap) const { return {rows + tap, x}; }
+  struct Taps {
+    const float* const* rows;
+    int x;
+
+    Cursor cursor(int tap) const { return {rows + tap, x}; }
+  };
+  Taps taps(int x) const { return {rows_, x}; }
+
+private:
+  const float* const* rows_;
+};
+
+/// Few rows are held as distances from the centre's: a load adds up centre and distance at no cost, so that a single pointer
+/// moves along all of them.
+template <int radius>
+class Column<Constant<radius>> {
+public:
+  explicit Column(const float* const* rows) : Column(rows, std::make_integer_sequence<int, 2 * radius + 1>{}) {}
+
+  struct Taps {
+    Column& column;
+    const char* centre;
+
+    [[gnu::always_inline]] const float* operator()(int tap) const {
+      return reinterpret_cast<const float*>(centre + column.distance(tap));
+    }
+  };
+  [[gnu::always_inline]] Taps taps(int x) {
+    const char* centre = centre_ + static_cast<std::ptrdiff_t>(sizeof(float)) * x;
+    asm("" : "+r"(centre));
+    return {*this, centre};
+  }
+
+private:
+  template <int... i>
+  Column(const float* const* rows, std::integer_sequence<int, i...>)
+      : centre_(reinterpret_cast<const char*>(rows[radius])),
+        distances_{(reinterpret_cast<const char*>(rows[i]) - centre_)...} {}
+
+  /// A compiler that knew a distance to be the one before would add it to the centre once for several loads, into a register
+  /// too many.
+  [[gnu::always_inline]] std::ptrdiff_t distance(int tap) {
+    std::ptrdiff_t distance = distances_[tap];
+    if (tap != radius)
+      asm("" : "+r"(distance));
+    distances_[tap] = distance;
+    return distance;
+  }
+
+  const char* centre_;
+  std::ptrdiff_t distances_[2 * radius + 1];
 };
 
 /// The sums of blocks of samples. at(tap) is the first sample of a block in the row under the tap.
