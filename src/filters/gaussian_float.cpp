@@ -42,7 +42,7 @@ template <int channels, class Radius>
 [[gnu::noinline]] void filterLine(const float* half, Radius radius, const float* line, float* out, int count) {
   const SymmetricKernel<Radius> kernel(half, radius);
   const auto filter = [&]<class V>(V) __attribute__((always_inline)) {
-    kernel.template sum<V>(LineTaps{line, channels}).store(out);
+    kernel.template sum<V>(LineTaps<Radius>{line, radius, channels}).store(out);
     line += V::lanes;
     out += V::lanes;
     count -= V::lanes;
@@ -58,30 +58,11 @@ constexpr size_t localTaps = 2 * Radius::value + 1;
 template <>
 constexpr size_t localTaps<int> = 0;
 
-/// Stores that pass the cache need aligned addresses: from the second block on they are, but for the last block.
-template <class Store, class Block, class Sample>
-[[gnu::always_inline]] inline void storeRow(Sample* dst, int count, auto sum) {
-  constexpr int lanes = Block::lanes;
-  if constexpr (std::is_same_v<Store, CachedStore>) {
-    coverRow<lanes>(
-        0, count, [&](int x) __attribute__((always_inline)) { storeRounded<Store>(dst + x, sum(Block{}, x)); });
-  } else {
-    constexpr uintptr_t alignment = std::min(lanes * sizeof(Sample), sizeof(__m256));
-    const auto beyondAligned = [dst](int x) { return reinterpret_cast<uintptr_t>(dst + x) % alignment; };
-    const bool alignable = beyondAligned(0) % sizeof(Sample) == 0;
-    coverRow<lanes>(
-        alignable ? -static_cast<int>(beyondAligned(0) / sizeof(Sample)) : 0,
-        count, [&](int x) __attribute__((always_inline)) {
-          if (beyondAligned(x) == 0)
-            storeRounded<Store>(dst + x, sum(Block{}, x));
-          else
-            storeRounded<CachedStore>(dst + x, sum(Block{}, x));
-        });
-  }
-}
+/// Stores that pass the cache need aligned addresses.
+int bytesToAligned(const void* p) { return static_cast<int>(-reinterpret_cast<uintptr_t>(p) % sizeof(__m256)); }
 
-/// Rounded sums down the rows of the ring, the oldest of which is at index `oldest`. The pointers to the rows of a short
-/// kernel stay local, where no store can change them; others go to the memory given for them. Bound by loads.
+/// Rounded sums down the rows of the ring, the oldest of which is at index `oldest`. The pointers to the rows of a long
+/// kernel go to the memory given for them. Bound by loads.
 template <class Store, class Radius, class Sample>
 [[gnu::noinline]] void filterDown(const float* half, Radius radius, View<float> ring, int oldest, void* memory,
                                   Sample* dst, int count) {
@@ -95,17 +76,38 @@ template <class Store, class Radius, class Sample>
     rows[tap] = row;
     row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
   }
-  Column<Radius> column(rows);
-  const auto sum = [&]<class V>(V, int x) __attribute__((always_inline)) {
-    return kernel.template sum<V>(column.taps(x));
+  Column<Radius> column(radius, rows);
+  const auto makeBlock = [&]<class Way, class Block>(Way, Block) __attribute__((always_inline)) {
+    storeRounded<Way>(dst, kernel.template sum<Block>(column.taps()));
   };
-  if (count >= F32x32::lanes) {
-    storeRow<Store, F32x32>(dst, count, sum);
+  const auto move = [&](int samples) __attribute__((always_inline)) {
+    dst += samples;
+    column.move(samples);
+    count -= samples;
+  };
+  using Block = F32x32;
+  constexpr int lanes = Block::lanes;
+  if (count >= lanes) {
+    if constexpr (std::is_same_v<Store, StreamingStore>) {
+      if (const int ahead = bytesToAligned(dst) / static_cast<int>(sizeof(Sample)); ahead > 0) {
+        makeBlock(CachedStore{}, Block{});
+        move(ahead);
+      }
+    }
+    for (; count >= lanes; move(lanes)) makeBlock(Store{}, Block{});
+    if (count > 0) {
+      move(count - lanes);
+      makeBlock(CachedStore{}, Block{});
+    }
   } else if (count >= blockLanes) {
-    storeRow<CachedStore, F32x16>(dst, count, sum);
+    makeBlock(CachedStore{}, F32x16{});
+    if (count > blockLanes) {
+      move(count - blockLanes);
+      makeBlock(CachedStore{}, F32x16{});
+    }
   } else {
     Sample block[blockLanes];
-    storeRounded<CachedStore>(block, sum(F32x16{}, 0));
+    storeRounded<CachedStore>(block, kernel.template sum<F32x16>(column.taps()));
     std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
   }
 }
@@ -226,11 +228,13 @@ private:
   int leftEnd_ = 0, rightEnd_ = 0;
 };
 
-/// Large images go past the cache when they would not fit it.
-bool exceedsCache(OrvSizeL roi) {
+/// Large images go past the cache when they would not fit it, unless no sample of theirs is at an aligned address.
+template <class Sample>
+bool passesCache(View<Sample> dst, OrvSizeL roi) {
   const int64_t pixels = int64_t{roi.width} * roi.height;
   int32_t cacheBytes = 0;
-  return pixels >= 524288 && orvGetMaxCacheSizeB(&cacheBytes) == 0 && pixels >= cacheBytes;
+  return pixels >= 524288 && orvGetMaxCacheSizeB(&cacheBytes) == 0 && pixels >= cacheBytes &&
+         reinterpret_cast<uintptr_t>(dst.first) % sizeof(Sample) == 0;
 }
 
 const GaussianSpec* specIn(const void* block) {
@@ -251,7 +255,7 @@ OrvStatus filterGaussian(View<const Sample> src, View<Sample> dst, OrvSizeL roi,
           badStep<Sample>(dst.step, roi.width, channels), badSize(roi), stepNotAligned<Sample>(src.step, dst.step),
           badBorderOf(borderMode, borderValue), [&] { return badTapCount(specIn(spec)->kernelSize); }))
     return status;
-  const bool streaming = exceedsCache(roi);
+  const bool streaming = passesCache(dst, roi);
   const auto filter = [&]<class Radius>(Radius radius) {
     GaussianEngine<Sample, channels, Radius>(specIn(spec), radius, src, roi, borderMode, borderValue, streaming, buffer)
         .run(dst);

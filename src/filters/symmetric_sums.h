@@ -16,20 +16,31 @@ namespace orv {
 template <int value>
 using Constant = std::integral_constant<int, value>;
 
+/// Where two rows under taps of equal weight start.
+struct RowPair {
+  const float *before, *after;
+};
+
 /// sum += tap * (before + after), one vector after the other: 32 sums, the tap and a term just fit the registers.
-[[gnu::always_inline]] inline void addPair(F32x8& sum, F32x8 tap, const float* before, const float* after) {
-  sum = sumOf(sum, productOf(tap, sumOf(F32x8::load(before), F32x8::load(after))));
+[[gnu::always_inline]] inline void addPair(F32x8& sum, F32x8 tap, RowPair rows) {
+  sum = sumOf(sum, productOf(tap, sumOf(F32x8::load(rows.before), F32x8::load(rows.after))));
 }
 template <class V>
-[[gnu::always_inline]] inline void addPair(Twice<V>& sum, F32x8 tap, const float* before, const float* after) {
-  addPair(sum.low, tap, before, after);
-  addPair(sum.high, tap, before + V::lanes, after + V::lanes);
+[[gnu::always_inline]] inline void addPair(Twice<V>& sum, F32x8 tap, RowPair rows) {
+  addPair(sum.low, tap, rows);
+  addPair(sum.high, tap, {rows.before + V::lanes, rows.after + V::lanes});
 }
 
-/// The taps of a pass along a line: tap j reads from line + j * step on. A cursor goes from one tap to the next.
+/// The taps of a pass along a line: tap j reads from line + j * step on.
+template <class Radius>
 struct LineTaps {
   const float* line;
+  Radius radius;
   int step;
+
+  RowPair pair(int i) const { return {line + i * step, line + (2 * radius - i) * step}; }
+  const float* centre() const { return line + radius * step; }
+  LineTaps from(int x) const { return {line + x, radius, step}; }
 
   struct Cursor {
     const float* p;
@@ -40,38 +51,41 @@ struct LineTaps {
     void operator--() { p -= step; }
     bool operator!=(const Cursor& other) const { return p != other.p; }
   };
-  const float* operator()(int tap) const { return line + tap * step; }
-  Cursor cursor(int tap) const { return {line + tap * step, step}; }
+  Cursor first() const { return {line, step}; }
+  Cursor last() const { return {line + 2 * radius * step, step}; }
 };
 
-/// The rows of a pass down. Tap j of taps(x) reads from rows[j] + x on.
+/// The rows of a pass down, from their first samples on: tap j reads from rows[j], and on from there as the column moves.
 template <class Radius>
 class Column;
 
 template <>
 class Column<int> {
 public:
-  explicit Column(const float* const* rows) : rows_(rows) {}
+  Column(int radius, const float* const* rows) : rows_(rows), radius_(radius) {}
 
-  struct Cursor {
-    const float* const* row;
-    int x;
-
-    const float* operator*() const { return *row + x; }
-    void operator++() { ++row; }
-    void operator--() { --row; }
-    bool operator!=(const Cursor& other) const { return row != other.row; }
-  };
   struct Taps {
     const float* const* rows;
-    int x;
+    int radius, x;
 
-    Cursor cursor(int tap) const { return {rows + tap, x}; }
+    struct Cursor {
+      const float* const* row;
+      int x;
+
+      const float* operator*() const { return *row + x; }
+      void operator++() { ++row; }
+      void operator--() { --row; }
+      bool operator!=(const Cursor& other) const { return row != other.row; }
+    };
+    Cursor first() const { return {rows, x}; }
+    Cursor last() const { return {rows + 2 * radius, x}; }
   };
-  Taps taps(int x) const { return {rows_, x}; }
+  Taps taps() const { return {rows_, radius_, x_}; }
+  void move(int samples) { x_ += samples; }
 
 private:
   const float* const* rows_;
+  int radius_, x_ = 0;
 };
 
 /// Few rows are held as distances from the centre's: a load adds up centre and distance at no cost, so that a single pointer
@@ -79,21 +93,26 @@ private:
 template <int radius>
 class Column<Constant<radius>> {
 public:
-  explicit Column(const float* const* rows) : Column(rows, std::make_integer_sequence<int, 2 * radius + 1>{}) {}
+  Column(Constant<radius>, const float* const* rows)
+      : Column(rows, std::make_integer_sequence<int, 2 * radius + 1>{}) {}
 
   struct Taps {
     Column& column;
-    const char* centre;
+    const char* centreRow;
 
-    [[gnu::always_inline]] const float* operator()(int tap) const {
-      return reinterpret_cast<const float*>(centre + column.distance(tap));
+    [[gnu::always_inline]] RowPair pair(int i) const { return {row(i), row(2 * radius - i)}; }
+    [[gnu::always_inline]] const float* centre() const { return reinterpret_cast<const float*>(centreRow); }
+    [[gnu::always_inline]] Taps from(int x) const {
+      return {column, centreRow + static_cast<std::ptrdiff_t>(sizeof(float)) * x};
+    }
+
+  private:
+    [[gnu::always_inline]] const float* row(int tap) const {
+      return reinterpret_cast<const float*>(centreRow + column.distance(tap));
     }
   };
-  [[gnu::always_inline]] Taps taps(int x) {
-    const char* centre = centre_ + static_cast<std::ptrdiff_t>(sizeof(float)) * x;
-    asm("" : "+r"(centre));
-    return {*this, centre};
-  }
+  [[gnu::always_inline]] Taps taps() { return {*this, centre_}; }
+  void move(int samples) { centre_ += samples * static_cast<std::ptrdiff_t>(sizeof(float)); }
 
 private:
   template <int... i>
@@ -105,7 +124,7 @@ private:
   /// too many.
   [[gnu::always_inline]] std::ptrdiff_t distance(int tap) {
     std::ptrdiff_t distance = distances_[tap];
-    if (tap != radius)
+    if constexpr (radius <= 2)
       asm("" : "+r"(distance));
     distances_[tap] = distance;
     return distance;
@@ -115,7 +134,7 @@ private:
   std::ptrdiff_t distances_[2 * radius + 1];
 };
 
-/// The sums of blocks of samples. at(tap) is the first sample of a block in the row under the tap.
+/// The sums of blocks of samples from the first that `at` says for each row on.
 template <class Radius>
 class SymmetricKernel;
 
@@ -127,11 +146,11 @@ public:
 
   template <class V>
   [[gnu::always_inline]] V sum(auto at) const {
-    auto before = at.cursor(0), after = at.cursor(2 * radius_);
+    auto before = at.first(), after = at.last();
     const float* tap = half_;
     V sum = productOf(V::broadcast(tap), sumOf(V::load(*before), V::load(*after)));
     for (++before, --after, ++tap; before != after; ++before, --after, ++tap)
-      addPair(sum, F32x8::broadcast(tap), *before, *after);
+      addPair(sum, F32x8::broadcast(tap), {*before, *after});
     return sumOf(sum, productOf(V::broadcast(tap), V::load(*before)));
   }
 
@@ -152,10 +171,10 @@ public:
   [[gnu::always_inline]] V sum(auto at) const {
     if constexpr (V::lanes > F32x8::lanes) {
       using Half = decltype(V::low);
-      return {sum<Half>(at), sum<Half>([=](int tap) { return at(tap) + Half::lanes; })};
+      return {sum<Half>(at), sum<Half>(at.from(Half::lanes))};
     } else {
       const V outer = outerTerms<V>(at, std::make_integer_sequence<int, radius - 1>{});
-      return sumOf(outer, productOf(half_[radius], V::load(at(radius))));
+      return sumOf(outer, productOf(half_[radius], V::load(at.centre())));
     }
   }
 
@@ -171,7 +190,8 @@ private:
   }
   template <class V, int i>
   [[gnu::always_inline]] V term(auto at) const {
-    return productOf(half_[i], sumOf(V::load(at(i)), V::load(at(2 * radius - i))));
+    const RowPair rows = at.pair(i);
+    return productOf(half_[i], sumOf(V::load(rows.before), V::load(rows.after)));
   }
 
   F32x8 half_[radius + 1];
