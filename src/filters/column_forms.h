@@ -45,7 +45,7 @@ public:
     unrolled<rows>([&](auto row) __attribute__((always_inline)) {
       if constexpr (blockFactor == Factor::onSum)
         unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-          sums[row][i] = productOf(sums[row][i], F32x8::broadcast(factor_));
+          sums[row][i] = sums[row][i] * F32x8::broadcast(factor_);
         });
       storeNarrowed<blockRounding, Dst>(sums[row], dst.row(row) + x);
     });

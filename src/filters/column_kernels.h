@@ -45,15 +45,6 @@ private:
 /// What a row contributes to an output's sum.
 enum class Term { none, first, further };
 
-/// Float samples come with their products, straight from memory; others are converted first.
-template <class V, class Source>
-auto operandOf(const Source* p) {
-  if constexpr (std::is_same_v<V, F32x8> && std::is_same_v<Source, float>)
-    return F32x8InMemory{p};
-  else
-    return loadSamples<V>(p);
-}
-
 template <Term term, class V>
 [[gnu::always_inline]] inline void addTerm(V& sum, const auto& coefficients, int j, auto samples) {
   if constexpr (term == Term::first)
@@ -112,8 +103,8 @@ void sumSymmetricThree(const Source* const* srcRows, int x, const auto& coeffici
     const auto samples = [&](int r) __attribute__((always_inline)) {
       return loadFloats<F32x8>(srcRows[row + r] + x + 8 * vector);
     };
-    sums[row][vector] = sumOf(productOf(F32x8::broadcast(coefficients[0]), sumOf(samples(0), samples(2))),
-                              productOf(F32x8::broadcast(coefficients[1]), samples(1)));
+    sums[row][vector] =
+        F32x8::broadcast(coefficients[0]) * (samples(0) + samples(2)) + F32x8::broadcast(coefficients[1]) * samples(1);
   });
 }
 

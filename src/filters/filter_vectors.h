@@ -72,6 +72,15 @@ V loadSamples(const Sample* p) {
     return V::load(p);
 }
 
+/// Float samples come with their products, straight from memory; others are converted first.
+template <class V, class Source>
+auto operandOf(const Source* p) {
+  if constexpr (std::is_same_v<V, F32x8> && std::is_same_v<Source, float>)
+    return F32x8InMemory{p};
+  else
+    return loadSamples<V>(p);
+}
+
 enum class Rounding { toNearestEven, towardZero };
 
 template <Rounding rounding>

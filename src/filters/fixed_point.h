@@ -44,12 +44,6 @@ struct Wrapping32x1 {
 inline Wrapping32x1 operator+(Wrapping32x1 a, Wrapping32x1 b) { return {a.v + b.v}; }
 inline Wrapping32x1 operator*(Wrapping32x1 a, Wrapping32x1 b) { return {a.v * b.v}; }
 
-/// Integers add and multiply alike in either order.
-template <class V>
-requires std::is_same_v<V, Wrapping16x8> || std::is_same_v<V, Wrapping32x1> V sumOf(V a, V b) { return a + b; }
-template <class V>
-requires std::is_same_v<V, Wrapping16x8> || std::is_same_v<V, Wrapping32x1> V productOf(V a, V b) { return a * b; }
-
 /// A fixed-point factor of 14 fractional bits. The centre multiplies the sum's low 16 bits and saturates; the edges
 /// multiply the whole sum and keep the product's low bits: the two differ, by design, when the sum leaves 16 bits.
 struct FixedPointScaled {

@@ -66,7 +66,6 @@ int bytesToAligned(const void* p) { return static_cast<int>(-reinterpret_cast<ui
 template <class Store, class Radius, class Sample>
 [[gnu::noinline]] void filterDown(const float* half, Radius radius, View<float> ring, int oldest, void* memory,
                                   Sample* dst, int count) {
-  const SymmetricKernel<Radius> kernel(half, radius);
   std::array<const float*, localTaps<Radius>> local;
   const float** const rows = local.empty() ? static_cast<const float**>(memory) : local.data();
   const int taps = 2 * radius + 1;
@@ -77,37 +76,34 @@ template <class Store, class Radius, class Sample>
     row = tap == taps - 1 - oldest ? ring.first : advanceBytes(row, ring.step);
   }
   Column<Radius> column(radius, rows);
-  const auto makeBlock = [&]<class Way, class Block>(Way, Block) __attribute__((always_inline)) {
-    storeRounded<Way>(dst, kernel.template sum<Block>(column.taps()));
-  };
   const auto move = [&](int samples) __attribute__((always_inline)) {
     dst += samples;
     column.move(samples);
     count -= samples;
   };
-  using Block = F32x32;
-  constexpr int lanes = Block::lanes;
-  if (count >= lanes) {
-    if constexpr (std::is_same_v<Store, StreamingStore>) {
+  const auto cover = [&]<class Way, class Block>(Way, Block) __attribute__((always_inline)) {
+    constexpr int lanes = Block::lanes;
+    const SymmetricKernel<Radius> kernel(half, radius);
+    const auto sum = [&]() __attribute__((always_inline)) { return kernel.template sum<Block>(column.taps()); };
+    if constexpr (std::is_same_v<Way, StreamingStore>) {
       if (const int ahead = bytesToAligned(dst) / static_cast<int>(sizeof(Sample)); ahead > 0) {
-        makeBlock(CachedStore{}, Block{});
+        storeRounded<CachedStore>(dst, sum());
         move(ahead);
       }
     }
-    for (; count >= lanes; move(lanes)) makeBlock(Store{}, Block{});
+    for (; count >= lanes; move(lanes)) storeRounded<Way>(dst, sum());
     if (count > 0) {
       move(count - lanes);
-      makeBlock(CachedStore{}, Block{});
+      storeRounded<CachedStore>(dst, sum());
     }
+  };
+  if (count >= F32x32::lanes) {
+    cover(Store{}, F32x32{});
   } else if (count >= blockLanes) {
-    makeBlock(CachedStore{}, F32x16{});
-    if (count > blockLanes) {
-      move(count - blockLanes);
-      makeBlock(CachedStore{}, F32x16{});
-    }
+    cover(CachedStore{}, F32x16{});
   } else {
     Sample block[blockLanes];
-    storeRounded<CachedStore>(block, kernel.template sum<F32x16>(column.taps()));
+    storeRounded<CachedStore>(block, SymmetricKernel<Radius>(half, radius).template sum<F32x16>(column.taps()));
     std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
   }
 }

@@ -109,10 +109,10 @@ template <int taps, int channels, class V, int vectors, class Source, class Coef
     const V coefficient = V::broadcast(coefficients[j]);
     const Source* const p = s + j * channels;
     unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      add(sums[i], productOf(coefficient, loadSamples<V>(p + V::lanes * i)));
+      add(sums[i], coefficient * operandOf<V>(p + V::lanes * i));
     });
   };
-  const auto addTo = [](V & sum, V product) __attribute__((always_inline)) { sum = sumOf(sum, product); };
+  const auto addTo = [](V & sum, V product) __attribute__((always_inline)) { sum = sum + product; };
   products(
       0, [](V & sum, V product) __attribute__((always_inline)) { sum = product; });
   if constexpr (taps != 0)
@@ -251,9 +251,8 @@ private:
   template <int vectors>
   [[gnu::always_inline]] Vectors<vectors> scaled(const F32x8 (&sums)[vectors]) const {
     Vectors<vectors> products;
-    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      products.v[i] = productOf(sums[i], F32x8::broadcast(factor));
-    });
+    unrolled<vectors>([&](auto i)
+                          __attribute__((always_inline)) { products.v[i] = sums[i] * F32x8::broadcast(factor); });
     return products;
   }
 };

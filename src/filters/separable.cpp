@@ -187,9 +187,10 @@ private:
   void fillConstant(float* row) const {
     float values[channels];
     for (int c = 0; c < channels; ++c) {
-      float sum = coefficient(0, c);
-      for (int j = 1; j < spec_.kernelWidth; ++j) sum += coefficient(j, c);
-      values[c] = static_cast<float>(loadSample(borderValue_ + c)) * sum * reciprocal_;
+      const auto tap = [&](int j) { return F32x1::broadcast(coefficient(j, c)); };
+      F32x1 sum = tap(0);
+      for (int j = 1; j < spec_.kernelWidth; ++j) sum = sum + tap(j);
+      (F32x1::load(borderValue_ + c) * sum * F32x1::broadcast(reciprocal_)).store(values + c);
     }
     for (int x = 0; x < roi_.width; ++x, row += channels) std::memcpy(row, values, sizeof values);
   }

@@ -21,14 +21,34 @@ struct RowPair {
   const float *before, *after;
 };
 
-/// sum += tap * (before + after), one vector after the other: 32 sums, the tap and a term just fit the registers.
-[[gnu::always_inline]] inline void addPair(F32x8& sum, F32x8 tap, RowPair rows) {
-  sum = sumOf(sum, productOf(tap, sumOf(F32x8::load(rows.before), F32x8::load(rows.after))));
+[[gnu::always_inline]] inline RowPair from(RowPair rows, int x) { return {rows.before + x, rows.after + x}; }
+
+/// tap * (before + after).
+[[gnu::always_inline]] inline F32x8 pairTerm(F32x8 tap, RowPair rows) {
+  return tap * (F32x8::load(rows.before) + F32x8InMemory{rows.after});
+}
+
+/// The terms of a large block, one vector after the other: 32 sums, a tap and a term just fit the registers.
+template <class V>
+[[gnu::always_inline]] inline V pairTerms(F32x8 tap, RowPair rows) {
+  if constexpr (V::lanes == F32x8::lanes)
+    return pairTerm(tap, rows);
+  else
+    return {pairTerms<decltype(V::low)>(tap, rows), pairTerms<decltype(V::low)>(tap, from(rows, V::lanes / 2))};
+}
+[[gnu::always_inline]] inline void addPair(F32x8& sum, F32x8 tap, RowPair rows) { sum = sum + pairTerm(tap, rows); }
+[[gnu::always_inline]] inline void addCentre(F32x8& sum, F32x8 tap, const float* row) {
+  sum = sum + tap * F32x8InMemory{row};
 }
 template <class V>
 [[gnu::always_inline]] inline void addPair(Twice<V>& sum, F32x8 tap, RowPair rows) {
   addPair(sum.low, tap, rows);
-  addPair(sum.high, tap, {rows.before + V::lanes, rows.after + V::lanes});
+  addPair(sum.high, tap, from(rows, V::lanes));
+}
+template <class V>
+[[gnu::always_inline]] inline void addCentre(Twice<V>& sum, F32x8 tap, const float* row) {
+  addCentre(sum.low, tap, row);
+  addCentre(sum.high, tap, row + V::lanes);
 }
 
 /// The taps of a pass along a line: tap j reads from line + j * step on.
@@ -148,10 +168,11 @@ public:
   [[gnu::always_inline]] V sum(auto at) const {
     auto before = at.first(), after = at.last();
     const float* tap = half_;
-    V sum = productOf(V::broadcast(tap), sumOf(V::load(*before), V::load(*after)));
+    V sum = pairTerms<V>(F32x8::broadcast(tap), {*before, *after});
     for (++before, --after, ++tap; before != after; ++before, --after, ++tap)
       addPair(sum, F32x8::broadcast(tap), {*before, *after});
-    return sumOf(sum, productOf(V::broadcast(tap), V::load(*before)));
+    addCentre(sum, F32x8::broadcast(tap), *before);
+    return sum;
   }
 
 private:
@@ -174,7 +195,7 @@ public:
       return {sum<Half>(at), sum<Half>(at.from(Half::lanes))};
     } else {
       const V outer = outerTerms<V>(at, std::make_integer_sequence<int, radius - 1>{});
-      return sumOf(outer, productOf(half_[radius], V::load(at.centre())));
+      return outer + half_[radius] * F32x8InMemory{at.centre()};
     }
   }
 
@@ -184,16 +205,10 @@ private:
 
   template <class V, int... i>
   [[gnu::always_inline]] V outerTerms(auto at, std::integer_sequence<int, i...>) const {
-    V sum = term<V, 0>(at);
-    ((sum = sumOf(sum, term<V, i + 1>(at))), ...);
+    V sum = pairTerm(half_[0], at.pair(0));
+    ((sum = sum + pairTerm(half_[i + 1], at.pair(i + 1))), ...);
     return sum;
   }
-  template <class V, int i>
-  [[gnu::always_inline]] V term(auto at) const {
-    const RowPair rows = at.pair(i);
-    return productOf(half_[i], sumOf(V::load(rows.before), V::load(rows.after)));
-  }
-
   F32x8 half_[radius + 1];
 };
 

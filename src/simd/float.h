@@ -83,33 +83,35 @@ struct F32x8 {
 };
 
 inline F32x8 operator+(F32x8 a, F32x8 b) {
-  F32x8 r;
-  asm("vaddps %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m256 x = a.v, y = b.v;
+  __m256 r;
+  asm("vaddps %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 inline F32x8 operator-(F32x8 a, F32x8 b) { return {_mm256_sub_ps(a.v, b.v)}; }
 inline F32x8 operator*(F32x8 a, F32x8 b) {
-  F32x8 r;
-  asm("vmulps %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m256 x = a.v, y = b.v;
+  __m256 r;
+  asm("vmulps %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 /// 8 samples that the operation takes straight from memory.
 struct F32x8InMemory {
   const float* p;
 };
+inline F32x8 operator+(F32x8 a, F32x8InMemory b) {
+  const __m256 x = a.v;
+  __m256 r;
+  asm("vaddps %2, %1, %0" : "=x"(r) : "x"(x), "m"(*reinterpret_cast<const __m256_u*>(b.p)));
+  return {r};
+}
 inline F32x8 operator*(F32x8 a, F32x8InMemory b) {
-  F32x8 r;
-  asm("vmulps %2, %1, %0" : "=x"(r.v) : "x"(a.v), "m"(*reinterpret_cast<const __m256_u*>(b.p)));
-  return r;
+  const __m256 x = a.v;
+  __m256 r;
+  asm("vmulps %2, %1, %0" : "=x"(r) : "x"(x), "m"(*reinterpret_cast<const __m256_u*>(b.p)));
+  return {r};
 }
 inline F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
-
-/// Sums and products for which it doesn't matter which of two NaNs comes out: the compiler may commute the operands and
-/// take one of them from memory.
-inline F32x1 sumOf(F32x1 a, F32x1 b) { return {_mm_add_ss(a.v, b.v)}; }
-inline F32x8 sumOf(F32x8 a, F32x8 b) { return {_mm256_add_ps(a.v, b.v)}; }
-inline F32x1 productOf(F32x1 a, F32x1 b) { return {_mm_mul_ss(a.v, b.v)}; }
-inline F32x8 productOf(F32x8 a, F32x8 b) { return {_mm256_mul_ps(a.v, b.v)}; }
 
 /// |a - b| with the sign bit cleared, of a NaN too.
 inline F32x1 absDiff(F32x1 a, F32x1 b) { return abs(a - b); }

@@ -12,10 +12,6 @@ struct Twice {
   static constexpr int lanes = 2 * V::lanes;
   V low, high;
 
-  static Twice broadcast(const float* p) {
-    const V half = V::broadcast(p);
-    return {half, half};
-  }
   template <class Sample>
   static Twice load(const Sample* p) {
     return {V::load(p), V::load(p + V::lanes)};
@@ -27,15 +23,6 @@ struct Twice {
 };
 using F32x16 = Twice<F32x8>;
 using F32x32 = Twice<F32x16>;
-
-template <class V>
-Twice<V> sumOf(Twice<V> a, Twice<V> b) {
-  return {sumOf(a.low, b.low), sumOf(a.high, b.high)};
-}
-template <class V>
-Twice<V> productOf(Twice<V> a, Twice<V> b) {
-  return {productOf(a.low, b.low), productOf(a.high, b.high)};
-}
 
 /// Rounds, and packs to the signed or unsigned 16-bit range.
 inline __m128i roundToS16(F32x8 a) {

@@ -137,9 +137,10 @@ inline std::vector<float> halfKernel(int taps, float sigma) {
 template <class At>
 float halfKernelSum(const std::vector<float>& half, At at) {
   const int radius = static_cast<int>(half.size()) - 1;
-  float sum = half[0] * (at(-radius) + at(radius));
-  for (int i = 1; i < radius; ++i) sum = sum + half[static_cast<size_t>(i)] * (at(i - radius) + at(radius - i));
-  return sum + half[static_cast<size_t>(radius)] * at(0);
+  const auto pair = [&](int i) { return multiply(half[static_cast<size_t>(i)], add(at(i - radius), at(radius - i))); };
+  float sum = pair(0);
+  for (int i = 1; i < radius; ++i) sum = add(sum, pair(i));
+  return add(sum, multiply(half[static_cast<size_t>(radius)], at(0)));
 }
 
 template <class Sample>

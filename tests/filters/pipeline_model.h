@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "frame/border_model.h"
+#include "support/arithmetic.h"
 #include "support/samples.h"
 
 namespace orvtest::model {
@@ -123,8 +124,9 @@ inline int16_t rowFormula(const Window<int16_t>& w, const int16_t* kernel, int t
 }
 
 inline float floatSum(const auto& s, const auto* kernel) {
-  float sum = static_cast<float>(kernel[0]) * static_cast<float>(s[0]);
-  for (size_t j = 1; j < s.size(); ++j) sum = sum + static_cast<float>(kernel[j]) * static_cast<float>(s[j]);
+  const auto product = [&](size_t j) { return multiply(static_cast<float>(kernel[j]), static_cast<float>(s[j])); };
+  float sum = product(0);
+  for (size_t j = 1; j < s.size(); ++j) sum = add(sum, product(j));
   return sum;
 }
 

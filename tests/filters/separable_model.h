@@ -62,8 +62,8 @@ void separable(const ImageView<Sample>& in, Result* out, const SeparableKernels<
       float& value = row[static_cast<size_t>(x)];
       if (source.constant) {
         float sum = 0;
-        for (Tap tap : taps) sum = sum + static_cast<float>(tap);
-        value = static_cast<float>(borderValue[channel]) * sum * kernels.scale();
+        for (Tap tap : taps) sum = add(sum, static_cast<float>(tap));
+        value = multiply(multiply(static_cast<float>(borderValue[channel]), sum), kernels.scale());
         continue;
       }
       const ExtendedRow<Sample> extended = {in.row(source.index), in.width, in.channels, word, borderValue};
@@ -78,7 +78,7 @@ void separable(const ImageView<Sample>& in, Result* out, const SeparableKernels<
       std::vector<float> column;
       for (int j = 0; j < kernels.height; ++j)
         column.push_back(intermediate[static_cast<size_t>(y + j)][static_cast<size_t>(x)]);
-      out[y * samples + x] = truncatedSample<Result>(floatSum(column, kernels.y.data()) * kernels.scale());
+      out[y * samples + x] = truncatedSample<Result>(multiply(floatSum(column, kernels.y.data()), kernels.scale()));
     }
 }
 
