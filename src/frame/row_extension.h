@@ -4,9 +4,7 @@
 // extended row in scratch:
 //
 //   const RowExtension<float, 3> edges{row, width, horizontalBorder(borderMode), borderValue};
-//   edges.left(line, anchor);                         // pixels -anchor .. -1
-//   edges.copy(line + 3 * anchor, 0, inner);          // pixels 0 .. inner - 1
-//   edges.right(line + 3 * (anchor + inner), after);  // pixels width .. width + after - 1
+//   edges.copy(line, -anchor, anchor + inner);  // pixels -anchor .. inner - 1
 #pragma once
 
 #include <algorithm>
@@ -33,21 +31,19 @@ struct RowExtension {
     const int end = first + count;
     const int inside = std::clamp(0, first, end);
     const int right = std::clamp(width, first, end);
-    copyOutside(dst, first, inside - first);
+    if (first < inside)
+      copyOutside(dst, first, inside - first);
     copySamples(pixel(inside), at(dst, inside - first), (right - inside) * channels);
-    copyOutside(at(dst, right - first), right, end - right);
+    if (right < end)
+      copyOutside(at(dst, right - first), right, end - right);
   }
 
-  /// The `count` pixels before the row, in the order of the row: dst[0] is pixel -count.
+  /// Writes the row with `before` and `after` pixels beyond its ends.
   template <class Target>
-  void left(Target* dst, int count) const {
-    copyOutside(dst, -count, count);
-  }
-
-  /// The `count` pixels after the row.
-  template <class Target>
-  void right(Target* dst, int count) const {
-    copyOutside(dst, width, count);
+  [[gnu::always_inline]] void copyAll(Target* dst, auto before, auto after) const {
+    copyOutside(dst, -before, before);
+    copySamples(row, at(dst, before), width * channels);
+    copyOutside(at(dst, before + width), width, after);
   }
 
 private:
@@ -68,20 +64,19 @@ private:
 
   /// Pixels beyond one side. A reflection that doesn't leave the row again needs no mapping one by one.
   template <class Target>
-  void copyOutside(Target* dst, int first, int count) const {
-    if (count == 0)
-      return;
+  [[gnu::always_inline]] void copyOutside(Target* dst, int first, int count) const {
     const bool isLeft = first < 0;
-    const int farthest = isLeft ? -first : first + count - width;
     if (isLeft ? border.lo : border.hi) {
       copySamples(pixel(first), dst, count * channels);
-    } else if (border.kind != orvBorderMirror || farthest < width) {
-      const int end = isLeft ? 0 : width - 1;
-      const bool isMirror = border.kind == orvBorderMirror;
-      const Sample* from = border.kind == orvBorderConstant ? borderValue : pixel(isMirror ? 2 * end - first : end);
-      for (int i = 0; i < count; ++i, dst += channels, from -= isMirror ? channels : 0) copyPixel(from, dst);
+    } else if (border.kind != orvBorderMirror) {
+      Target value[channels];
+      copyPixel(border.kind == orvBorderConstant ? borderValue : pixel(isLeft ? 0 : width - 1), value);
+      for (int i = 0; i < count; ++i, dst += channels) std::memcpy(dst, value, sizeof value);
     } else {
-      for (int i = 0; i < count; ++i, dst += channels) copyPixel(pixel(mapIndex(first + i, width, border).index), dst);
+      const int end = isLeft ? 0 : width - 1;
+      const int farthest = isLeft ? -first : first + count - width;
+      const auto source = [&](int x) { return farthest < width ? 2 * end - x : mapIndex(x, width, border).index; };
+      for (int i = 0; i < count; ++i, dst += channels) copyPixel(pixel(source(first + i)), dst);
     }
   }
 };

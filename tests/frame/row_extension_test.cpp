@@ -94,12 +94,10 @@ void expectModel(const std::string& name) {
     row.extension().copy(stretch.data(), first, count);
     stretch.expectSame(row.expected(first, count));
 
-    const int edge = random.between(1, reach);
-    const Line<Sample, channels> left(edge), right(edge);
-    row.extension().left(left.data(), edge);
-    left.expectSame(row.expected(-edge, edge));
-    row.extension().right(right.data(), edge);
-    right.expectSame(row.expected(width, edge));
+    const int before = random.between(0, reach), after = random.between(0, reach);
+    const Line<Sample, channels> all(before + width + after);
+    row.extension().copyAll(all.data(), before, after);
+    all.expectSame(row.expected(-before, before + width + after));
   });
 }
 
@@ -119,9 +117,7 @@ TEST(RowExtension, NothingIsWrittenForNoPixels) {
   const uint8_t row[] = {1, 2, 3};
   const orv::RowExtension<uint8_t, 1> extension{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr};
   uint8_t untouched = 77;
-  extension.left(&untouched, 0);
   extension.copy(&untouched, 1, 0);
-  extension.right(&untouched, 0);
   EXPECT_EQ(77, untouched);
 }
 
