@@ -65,13 +65,17 @@ struct ChannelSums {
   void filter(const float* src, float* dst, int samples, auto factor) const {
     const auto inMemory = [](const float* p) __attribute__((always_inline)) { return F32x8InMemory{p}; };
     int i = 0;
-    for (; i <= samples - blockLanes; i += blockLanes) {
-      Sum sums[blockVectors];
-      sumBlock(src + i, 0, sums, inMemory);
-      unrolled<blockVectors>([&](auto v) __attribute__((always_inline)) {
-        factor(sums[v].result()).store(dst + i + lanes * v);
-      });
-    }
+    const auto blocks = [&](auto vectors) __attribute__((always_inline)) {
+      for (; i <= samples - lanes * vectors; i += lanes * vectors) {
+        Sum sums[vectors];
+        sumBlock(src + i, 0, sums, inMemory);
+        unrolled<vectors>([&](auto v)
+                              __attribute__((always_inline)) { factor(sums[v].result()).store(dst + i + lanes * v); });
+      }
+    };
+    blocks(std::integral_constant<int, blockVectors>{});
+    if constexpr (period == 1)
+      blocks(std::integral_constant<int, 2>{});
     for (int phase = 0; i < samples; i += lanes, phase = (phase + 1) % period) {
       const int rest = std::min(samples - i, lanes);
       Sum sums[1];

@@ -82,6 +82,12 @@ public:
     const ptrdiff_t ringRow = ringRowSamples();
     rows_ = reinterpret_cast<float**>(ring + ringRow * spec.kernelHeight);
     for (int i = 0; i < spec.kernelHeight; ++i) rows_[i] = ring + i * ringRow;
+    if constexpr (std::is_same_v<Source, float>) {
+      constexpr int blockPixels = ChannelSums<channels>::blockLanes / channels;
+      innerBegin_ = roundUp(anchor_.x, blockPixels);
+      const int blocks = (roi.width - reachRight() - innerBegin_) / blockPixels;
+      innerEnd_ = blocks > 0 ? innerBegin_ + blocks * blockPixels : 0;
+    }
   }
 
   void run(View<Dst> dst) {
@@ -132,46 +138,41 @@ private:
   float coefficient(int j, int c) const { return static_cast<float>(spec_.rowKernel[j * channels + c]); }
 
   /// In the image or in memory beyond it.
-  bool isReal(int y) const {
-    const SourceIndex source = mapIndex(y, roi_.height, columnBorder_);
-    return !source.isBorderValue && source.index == y;
-  }
+  bool isReal(int y) const { return (y >= 0 || columnBorder_.lo) && (y < roi_.height || columnBorder_.hi); }
 
   /// Puts row y of the image, extended at top and bottom and filtered, in a place of the ring: the rows of the ring follow
   /// each other. Rows outside the image are copied from the row that they repeat or reflect, where the ring has it.
   void fillRow(int place, int y) const {
+    if (isReal(y))
+      return filterRow(rows_[place], src_.row(y));
     const SourceIndex source = mapIndex(y, roi_.height, columnBorder_);
     if (source.isBorderValue)
       return fillConstant(rows_[place]);
     const int held = place + (source.index - y);
-    if (held != place && 0 <= held && held < spec_.kernelHeight - 1)
+    if (0 <= held && held < spec_.kernelHeight - 1)
       std::memcpy(rows_[place], rows_[held], static_cast<size_t>(roi_.width) * channels * sizeof(float));
     else
       filterRow(rows_[place], src_.row(source.index));
   }
 
   void filterRow(float* row, const Source* s) const {
-    if constexpr (std::is_same_v<Source, float>) {
-      // Where whole blocks see no pixels beyond the ends, they are filtered where they lie.
-      constexpr int blockPixels = ChannelSums<channels>::blockLanes / channels;
-      const int begin = roundUp(anchor_.x, blockPixels);
-      const int end = begin + (roi_.width - reachRight() - begin) / blockPixels * blockPixels;
-      if (begin < end) {
-        filterExtended(row, s, 0, begin);
-        sumPixels(s + ptrdiff_t{begin - anchor_.x} * channels, row + begin * channels, end - begin);
-        filterExtended(row + end * channels, s, end, roi_.width);
-        return;
-      }
+    const RowExtension<Source, channels> extension{s, roi_.width, rowBorder_, borderValue_};
+    if (innerEnd_ == 0) {
+      extension.copyAll(row, anchor_.x, reachRight());
+      return sumPixels(row, row, roi_.width);
     }
-    filterExtended(row, s, 0, roi_.width);
+    const auto filterEnd = [&](int begin, int end) {
+      float* const first = row + ptrdiff_t{begin} * channels;
+      extension.copy(first, begin - anchor_.x, end - begin + spec_.kernelWidth - 1);
+      sumPixels(first, first, end - begin);
+    };
+    filterEnd(0, innerBegin_);
+    if constexpr (std::is_same_v<Source, float>)
+      sumPixels(s + ptrdiff_t{innerBegin_ - anchor_.x} * channels, row + ptrdiff_t{innerBegin_} * channels,
+                innerEnd_ - innerBegin_);
+    filterEnd(innerEnd_, roi_.width);
   }
 
-  /// Filters the pixels begin .. end - 1 of a source row in place, from a copy that has the pixels which they reach.
-  void filterExtended(float* row, const Source* s, int begin, int end) const {
-    RowExtension<Source, channels>{s, roi_.width, rowBorder_, borderValue_}.copy(row, begin - anchor_.x,
-                                                                                 end - begin + spec_.kernelWidth - 1);
-    sumPixels(row, row, end - begin);
-  }
   void sumPixels(const float* src, float* dst, int pixels) const {
     const int samples = pixels * channels;
     if constexpr (isInteger) {
@@ -205,6 +206,8 @@ private:
   bool exactInFloat_;
   ChannelSums<channels> sums_;
   float** rows_;
+  /// Floats between these pixels are filtered where they lie: whole blocks that see no pixels beyond the ends.
+  int innerBegin_ = 0, innerEnd_ = 0;
 };
 
 template <class Coefficient, int channels, class Source, class Dst>
