@@ -179,13 +179,12 @@ private:
 
   void deriveRow(int y) const {
     const SourceIndex source = mapIndex(y, roi_.height, vertical_);
-    const size_t bytes = static_cast<size_t>(rowSamples()) * sizeof(float);
     if (source.isBorderValue) {
       float value[channels];
       copySamples(borderValue_, value, channels);
-      FillPattern(value, sizeof value).fill(ringRow(y), bytes);
+      FillPattern(value, sizeof value).fill(ringRow(y), static_cast<size_t>(rowSamples()) * sizeof(float));
     } else {
-      std::memcpy(ringRow(y), ringRow(source.index), bytes);
+      copySamples(ringRow(source.index), ringRow(y), rowSamples());
     }
   }
 

@@ -150,7 +150,7 @@ private:
       return fillConstant(rows_[place]);
     const int held = place + (source.index - y);
     if (0 <= held && held < spec_.kernelHeight - 1)
-      std::memcpy(rows_[place], rows_[held], static_cast<size_t>(roi_.width) * channels * sizeof(float));
+      copySamples(rows_[held], rows_[place], roi_.width * channels);
     else
       filterRow(rows_[place], src_.row(source.index));
   }
