@@ -191,10 +191,13 @@ private:
   /// Writes what filterRow doesn't read where it lies: all of the row, or both ends, one behind the other.
   void writeLine(int y) const {
     const RowExtension<Sample, channels> row{src_.row(y), roi_.width, horizontal_, borderValue_};
-    if (leftEnd_ == 0)
-      return row.copyAll(line_, radius_, radius_);
-    row.copy(line_, -radius_, leftEnd_ + 2 * radius_);
-    row.copy(rightLine(), rightEnd_ - radius_, roi_.width - rightEnd_ + 2 * radius_);
+    if constexpr (readsSource)
+      if (leftEnd_ > 0) {
+        row.copy(line_, -radius_, leftEnd_ + 2 * radius_);
+        row.copy(rightLine(), rightEnd_ - radius_, roi_.width - rightEnd_ + 2 * radius_);
+        return;
+      }
+    row.copyAll(line_, radius_, radius_);
   }
   float* rightLine() const { return line_ + (leftEnd_ > 0 ? (leftEnd_ + 2 * radius_) * channels : 0); }
 

@@ -18,7 +18,7 @@ requires(!std::is_same_v<Sample, float>) void copySamples(const Sample* src, Sam
 
 /// As floats; floats themselves, too: a call of the system's copy costs as much as a short row.
 template <class Sample>
-void copySamples(const Sample* src, float* dst, int count) {
+[[gnu::always_inline]] inline void copySamples(const Sample* src, float* dst, int count) {
   const auto copy = [&]<class V>(V) __attribute__((always_inline)) {
     return [=](int x) __attribute__((always_inline)) { V::load(src + x).store(dst + x); };
   };
