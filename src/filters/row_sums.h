@@ -53,10 +53,14 @@ struct ChannelSums {
 
   template <class Coefficient>
   void expand(const Coefficient* kernel) const {
-    for (int j = 0; j < count; ++j)
-      unrolled<period * lanes>([&, tap = kernel + j * channels ](auto i) __attribute__((always_inline)) {
-        table[j * period * lanes + i] = static_cast<float>(tap[i % channels]);
-      });
+    for (int j = 0; j < count; ++j) {
+      const auto* const tap = kernel + j * channels;
+      float* const vectors = table + j * period * lanes;
+      if constexpr (channels == 1)
+        F32x8::broadcast(static_cast<float>(*tap)).store(vectors);
+      else
+        for (int i = 0; i < period * lanes; ++i) vectors[i] = static_cast<float>(tap[i % channels]);
+    }
   }
 
   /// Writes the sums of src[0 .. samples - 1], which has (count - 1) * channels samples more, times the factor. Both may
