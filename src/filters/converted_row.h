@@ -7,6 +7,7 @@
 #include "filters/row_kernels.h"
 #include "filters/row_walk.h"
 #include "frame/blocks.h"
+#include "simd/copy.h"
 
 namespace orv {
 
@@ -181,26 +182,9 @@ private:
       for (int c = 0; c < channels; ++c) *d++ = static_cast<float>(loadSample(pixel + c));
     };
     outside_.forEach(row, first, from, append);
-    convert(row + from * channels, d, (to - from) * channels);
+    copySamples(row + from * channels, d, (to - from) * channels);
     d += (to - from) * channels;
     outside_.forEach(row, to, end, append);
-  }
-
-  [[gnu::always_inline]] static void convert(const Source* s, float* d, int samples) {
-    if (samples < lanes) {
-      for (int i = 0; i < samples; ++i) F32x1::load(s + i).store(d + i);
-      return;
-    }
-    const auto vectors = [&](auto count, int i) __attribute__((always_inline)) {
-      for (; i <= samples - count * lanes; i += count * lanes)
-        unrolled<count>([&](auto v) __attribute__((always_inline)) {
-          F32x8::load(s + i + lanes * v).store(d + i + lanes * v);
-        });
-      return i;
-    };
-    const int i = vectors(std::integral_constant<int, 1>{}, vectors(std::integral_constant<int, 4>{}, 0));
-    if (i < samples)
-      F32x8::load(s + samples - lanes).store(d + samples - lanes);
   }
 
   RowWindow window_;
