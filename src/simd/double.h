@@ -16,15 +16,17 @@ struct F64x1 {
 };
 
 inline F64x1 operator+(F64x1 a, F64x1 b) {
-  F64x1 r;
-  asm("vaddsd %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m128d x = a.v, y = b.v;
+  __m128d r;
+  asm("vaddsd %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 inline F64x1 operator-(F64x1 a, F64x1 b) { return {_mm_sub_sd(a.v, b.v)}; }
 inline F64x1 operator*(F64x1 a, F64x1 b) {
-  F64x1 r;
-  asm("vmulsd %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m128d x = a.v, y = b.v;
+  __m128d r;
+  asm("vmulsd %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 inline F64x1 abs(F64x1 a) { return {_mm_andnot_pd(_mm_set_sd(-0.0), a.v)}; }
 

@@ -2,7 +2,8 @@
 //
 // F32x1 and F32x8 have the same operations, so that a formula written once for either type gives the same bits in the
 // body of a row and at its ends. When both operands of an operation are NaN the result is the first operand, quieted;
-// compilers commute additions and multiplications freely, so these are pinned to the order in which they are written.
+// compilers commute additions and multiplications freely, so these are pinned to the order in which they are written. The
+// assembly takes variables of its own: a structure with an operand in it would stay in memory.
 #pragma once
 
 #include <immintrin.h>
@@ -42,15 +43,17 @@ struct F32x1 {
 };
 
 inline F32x1 operator+(F32x1 a, F32x1 b) {
-  F32x1 r;
-  asm("vaddss %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m128 x = a.v, y = b.v;
+  __m128 r;
+  asm("vaddss %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 inline F32x1 operator-(F32x1 a, F32x1 b) { return {_mm_sub_ss(a.v, b.v)}; }
 inline F32x1 operator*(F32x1 a, F32x1 b) {
-  F32x1 r;
-  asm("vmulss %2, %1, %0" : "=x"(r.v) : "x"(a.v), "x"(b.v));
-  return r;
+  const __m128 x = a.v, y = b.v;
+  __m128 r;
+  asm("vmulss %2, %1, %0" : "=x"(r) : "x"(x), "x"(y));
+  return {r};
 }
 inline F32x1 abs(F32x1 a) { return {_mm_andnot_ps(_mm_set_ss(-0.0f), a.v)}; }
 

@@ -14,9 +14,10 @@ inline F32x8 lesser(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
 /// Per lane, yes where the sign bit of the condition is set, else no. GCC 12 turns the blend intrinsic into an integer
 /// comparison, which this processor generation has for 128 bits only, and takes the lanes one by one.
 inline F32x8 select(__m256 condition, F32x8 yes, F32x8 no) {
-  F32x8 r;
-  asm("vblendvps %3, %2, %1, %0" : "=x"(r.v) : "x"(no.v), "x"(yes.v), "x"(condition));
-  return r;
+  const __m256 otherwise = no.v, chosen = yes.v;
+  __m256 r;
+  asm("vblendvps %3, %2, %1, %0" : "=x"(r) : "x"(otherwise), "x"(chosen), "x"(condition));
+  return {r};
 }
 
 inline U8x16 greater(U8x16 a, U8x16 b) { return {_mm_max_epu8(a.v, b.v)}; }
