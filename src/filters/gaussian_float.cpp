@@ -61,6 +61,12 @@ constexpr size_t localTaps<int> = 0;
 /// Stores that pass the cache need aligned addresses.
 int bytesToAligned(const void* p) { return static_cast<int>(-reinterpret_cast<uintptr_t>(p) % sizeof(__m256)); }
 
+/// Apart, so that filterDown, which calls nothing else, is spared the preparations of a call.
+template <class Sample>
+[[gnu::noinline]] void storeFirst(const Sample* block, Sample* dst, int count) {
+  std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
+}
+
 /// Rounded sums down the rows of the ring, the oldest of which is at index `oldest`. The pointers to the rows of a long
 /// kernel go to the memory given for them. Bound by loads.
 template <class Store, class Radius, class Sample>
@@ -104,7 +110,7 @@ template <class Store, class Radius, class Sample>
   } else {
     Sample block[blockLanes];
     storeRounded<CachedStore>(block, SymmetricKernel<Radius>(half, radius).template sum<F32x16>(column.taps()));
-    std::memcpy(dst, block, static_cast<size_t>(count) * sizeof(Sample));
+    storeFirst(block, dst, count);
   }
 }
 
