@@ -71,12 +71,14 @@ template <class Sample>
 Image<Sample> photograph(OrvSize size, int channels, int shift) {
   const Photograph& photo = load(channels);
   Image<Sample> image(size.width, size.height, channels);
-  for (int y = 0; y < size.height; ++y)
-    for (int x = 0; x < size.width; ++x)
-      for (int c = 0; c < channels; ++c) {
-        const int pixel = mirrored(y + shift, photo.height) * photo.width + mirrored(x + 2 * shift, photo.width);
+  for (int y = 0; y < size.height; ++y) {
+    const int row = mirrored(y + shift, photo.height) * photo.width;
+    for (int x = 0; x < size.width; ++x) {
+      const int pixel = row + mirrored(x + 2 * shift, photo.width);
+      for (int c = 0; c < channels; ++c)
         image.at(x, y, c) = converted<Sample>(photo.samples[static_cast<size_t>(pixel * channels + c)]);
-      }
+    }
+  }
   return image;
 }
 
