@@ -27,7 +27,8 @@ struct Case {
   std::string work = "";  ///< the line of the budget table that this case answers
   double budget = 0;      ///< median time at 640x480 over memcpy of 307,200 bytes; 0: none
   double limit = 0;
-  double bytesPerPixel;  ///< read and written, for the memcpy of the same bytes
+  double bytesPerPixel;    ///< read and written, for the memcpy of the same bytes
+  bool slowModel = false;  ///< not timed at the largest size, where a call would take about a second
   std::function<Calls(OrvSize)> prepare;
 };
 
