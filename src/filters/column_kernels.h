@@ -46,11 +46,11 @@ private:
 enum class Term { none, first, further };
 
 template <Term term, class V>
-[[gnu::always_inline]] inline void addTerm(V& sum, const auto& coefficients, int j, auto samples) {
+[[gnu::always_inline]] inline void addTerm(V& sum, V weight, auto samples) {
   if constexpr (term == Term::first)
-    sum = V::broadcast(coefficients[j]) * samples;
+    sum = weight * samples;
   else if constexpr (term == Term::further)
-    sum = sum + V::broadcast(coefficients[j]) * samples;
+    sum = sum + weight * samples;
 }
 
 /// Sums down `count` rows from sample x on, in the order of the taps and starting with the first product, for output
@@ -58,53 +58,55 @@ template <Term term, class V>
 template <int taps, int rows, int vectors, class V, class Source>
 [[gnu::always_inline]] inline void sumColumns(const Source* const* srcRows, int x, int count, const auto& coefficients,
                                               V (&sums)[rows][vectors]) {
-  // A source row is tap `row` of the upper output and tap `row - 1` of the lower one.
-  const auto addRow = [&]<Term upper, Term lower>(int row) __attribute__((always_inline)) {
-    const Source* const p = srcRows[row] + x;
-    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
-      const auto samples = operandOf<V>(p + V::lanes * i);
-      addTerm<upper>(sums[0][i], coefficients, row, samples);
-      addTerm<lower>(sums[rows - 1][i], coefficients, row - 1, samples);
-    });
-  };
+  static_assert(rows == 1 || rows == 2);
   constexpr bool fixed = taps > 0;
   if constexpr (fixed)
     count = taps;
-  addRow.template operator()<Term::first, Term::none>(0);
-  if constexpr (rows == 1) {
-    const auto further = [&](int row) __attribute__((always_inline)) {
-      addRow.template operator()<Term::further, Term::none>(row);
-    };
-    if constexpr (fixed)
-      unrolled<taps - 1>([&](auto i) __attribute__((always_inline)) { further(i + 1); });
+  // A source row is tap `row` of the upper output and tap `row - 1` of the lower one, with the weight that was the upper
+  // one's before.
+  V weight = V::broadcast(coefficients[0]);
+  const auto addRow = [&]<Term upper, Term lower>(int row, V upperWeight) __attribute__((always_inline)) {
+    const Source* const p = srcRows[row] + x;
+    unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+      const auto samples = operandOf<V>(p + V::lanes * i);
+      addTerm<upper>(sums[0][i], upperWeight, samples);
+      addTerm<lower>(sums[rows - 1][i], weight, samples);
+    });
+    weight = upperWeight;
+  };
+  constexpr Term firstOfLower = rows == 1 ? Term::none : Term::first;
+  constexpr Term furtherOfLower = rows == 1 ? Term::none : Term::further;
+  addRow.template operator()<Term::first, Term::none>(0, weight);
+  if (count > 1)
+    addRow.template operator()<Term::further, firstOfLower>(1, V::broadcast(coefficients[1]));
+  const auto addFurther = [&](int row) __attribute__((always_inline)) {
+    addRow.template operator()<Term::further, furtherOfLower>(row, V::broadcast(coefficients[row]));
+  };
+  if constexpr (fixed)
+    unrolled<taps - 2>([&](auto i) __attribute__((always_inline)) { addFurther(i + 2); });
+  else
+    for (int row = 2; row < count; ++row) addFurther(row);
+  if constexpr (rows == 2) {
+    if (count > 1)
+      addRow.template operator()<Term::none, Term::further>(count, weight);
     else
-      for (int row = 1; row < count; ++row) further(row);
-  } else {
-    static_assert(rows == 2);
-    const auto further = [&](int row) __attribute__((always_inline)) {
-      addRow.template operator()<Term::further, Term::further>(row);
-    };
-    if (count == 1)
-      return addRow.template operator()<Term::none, Term::first>(1);
-    addRow.template operator()<Term::further, Term::first>(1);
-    if constexpr (fixed)
-      unrolled<taps - 2>([&](auto i) __attribute__((always_inline)) { further(i + 2); });
-    else
-      for (int row = 2; row < count; ++row) further(row);
-    addRow.template operator()<Term::none, Term::further>(count);
+      addRow.template operator()<Term::none, Term::first>(count, weight);
   }
 }
 
 /// Three taps with equal ends: the outer rows are added first.
 template <int rows, int vectors, class Source>
-void sumSymmetricThree(const Source* const* srcRows, int x, const auto& coefficients, F32x8 (&sums)[rows][vectors]) {
-  unrolled<rows * vectors>([&](auto i) __attribute__((always_inline)) {
-    constexpr int row = i / vectors, vector = i % vectors;
-    const auto samples = [&](int r) __attribute__((always_inline)) {
-      return loadFloats<F32x8>(srcRows[row + r] + x + 8 * vector);
-    };
-    sums[row][vector] =
-        F32x8::broadcast(coefficients[0]) * (samples(0) + samples(2)) + F32x8::broadcast(coefficients[1]) * samples(1);
+[[gnu::always_inline]] inline void sumSymmetricThree(const Source* const* srcRows, int x, const auto& coefficients,
+                                                     F32x8 (&sums)[rows][vectors]) {
+  const F32x8 outer = F32x8::broadcast(coefficients[0]), centre = F32x8::broadcast(coefficients[1]);
+  unrolled<vectors>([&](auto i) __attribute__((always_inline)) {
+    F32x8 samples[rows + 2];
+    unrolled<rows + 2>([&](auto row) __attribute__((always_inline)) {
+      samples[row] = loadFloats<F32x8>(srcRows[row] + x + F32x8::lanes * i);
+    });
+    unrolled<rows>([&](auto row) __attribute__((always_inline)) {
+      sums[row][i] = outer * (samples[row] + samples[row + 2]) + centre * samples[row + 1];
+    });
   });
 }
 

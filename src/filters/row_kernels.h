@@ -56,6 +56,8 @@ struct IntegerTaps {
       });
     else
       for (int t = 1; t < pairCount(count); ++t) addPair<taps, wideBlock, false>(s, t, sums);
+    if constexpr (sumsAlternate<taps>)
+      sums = {_mm_unpacklo_epi32(sums.v[0], sums.v[1]), _mm_unpackhi_epi32(sums.v[0], sums.v[1])};
     return sums;
   }
 
@@ -67,13 +69,21 @@ struct IntegerTaps {
   }
 
 private:
+  /// Neighbouring words are pairs as they lie in memory: those from an address on for the outputs 0, 2, 4 and 6, those from
+  /// the next word on for the others.
+  template <int taps>
+  static constexpr bool sumsAlternate = sizeof(Source) == 2 && channels == 1 && taps != 1;
+
   template <int taps, bool wideBlock, bool first>
   [[gnu::always_inline]] void addPair(const Source* s, int t, Sums& sums) const {
     // A kernel of one tap pairs the sample with itself.
     constexpr int next = taps == 1 ? 0 : channels;
     const Source* const p = s + firstTap(t, taps != 0 ? taps : count) * channels;
     __m128i low, high;
-    if constexpr (sizeof(Source) == 2) {
+    if constexpr (sumsAlternate<taps>) {
+      low = load128(p);
+      high = load128(p + 1);
+    } else if constexpr (sizeof(Source) == 2) {
       const __m128i a = load128(p), b = load128(p + next);
       low = _mm_unpacklo_epi16(a, b);
       high = _mm_unpackhi_epi16(a, b);
