@@ -11,7 +11,6 @@
 #include "frame/fill.h"
 #include "frame/row_extension.h"
 #include "frame/views.h"
-#include "simd/blocks.h"
 #include "simd/copy.h"
 
 namespace orv {

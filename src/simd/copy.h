@@ -23,10 +23,10 @@ template <class Sample>
     return [=](int x) __attribute__((always_inline)) { V::load(src + x).store(dst + x); };
   };
   if (count >= F32x16::lanes)
-    coverRow<F32x16::lanes>(0, count, copy(F32x16{}));
+    coverRow<F32x16::lanes>(count, copy(F32x16{}));
   else if (count >= F32x8::lanes)
-    coverRow<F32x8::lanes>(0, count, copy(F32x8{}));
+    coverRow<F32x8::lanes>(count, copy(F32x8{}));
   else
-    coverRow<1>(0, count, copy(F32x1{}));
+    coverRow<1>(count, copy(F32x1{}));
 }
 }  // namespace orv
