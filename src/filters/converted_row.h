@@ -7,48 +7,9 @@
 #include "filters/row_kernels.h"
 #include "filters/row_walk.h"
 #include "frame/blocks.h"
-#include "simd/copy.h"
+#include "frame/row_extension.h"
 
 namespace orv {
-
-/// Where the pixels come from that windows see outside the row, `anchor` on the left and the others on the right. It is
-/// the same for every row: worked out once a call.
-template <class Source, int channels>
-class OutsidePixels {
-public:
-  /// `offsets` has room for window.reach() entries.
-  OutsidePixels(int32_t* offsets, int width, RowWindow window, RowBorder<Source> border)
-      : offsets_(offsets), anchor_(window.anchor), width_(width), value_(border.value) {
-    const AxisBorder axis = horizontalBorder(border.mode);
-    const auto map = [&](int first, int end) {
-      for (int x = first; x < end; ++x) {
-        const SourceIndex source = mapIndex(x, width, axis);
-        offsets_[entry(x)] = source.isBorderValue ? borderPixel : source.index * channels;
-      }
-    };
-    map(-window.anchor, 0);
-    map(width, width + window.after());
-  }
-
-  /// Calls take(pixel) for the pixels first .. end - 1, which lie on one side of the row.
-  [[gnu::always_inline]] void forEach(const Source* row, int first, int end, auto take) const {
-    if (first >= end)
-      return;
-    const Source* const value = value_;
-    const int32_t* offset = offsets_ + entry(first);
-    for (const int32_t* const stop = offset + (end - first); offset < stop; ++offset)
-      take(*offset == borderPixel ? value : row + *offset);
-  }
-
-private:
-  static constexpr int32_t borderPixel = std::numeric_limits<int32_t>::min();
-
-  int entry(int x) const { return anchor_ + (x < 0 ? x : x - width_); }
-
-  int32_t* offsets_;
-  int anchor_, width_;
-  const Source* value_;
-};
 
 /// A row is copied a stretch at a time, a short one as a whole with several others. `Sample` is the type of the result,
 /// whose integers are stored as Kept.
@@ -86,12 +47,10 @@ private:
   ConvertedRow(const RowTask<Source, Coefficient>& task, Carver carver)
       : window_(task.window()),
         width_(task.width),
-        outside_(carver.take<int32_t>(static_cast<size_t>(window_.reach())), width_, window_, task.border),
+        border_(horizontalBorder(task.border.mode)),
+        borderValue_(task.border.value),
         rowsAtOnce_(rowsAtOnce(width_, window_.taps)),
         pitch_(rowsAtOnce_ > 1 ? pitch(width_, window_.taps) : 0) {
-    const AxisBorder axis = horizontalBorder(task.border.mode);
-    firstInside_ = axis.lo ? -window_.anchor : 0;
-    endInside_ = width_ + (axis.hi ? window_.after() : 0);
     centreBegin_ = std::min(window_.anchor, width_) * channels;
     centreEnd_ = centreBegin_ + std::max(width_ - window_.reach(), 0) * channels;
 
@@ -175,23 +134,18 @@ private:
 
   /// The pixels first .. end - 1 of the extended row.
   [[gnu::noinline]] void fillLine(float* line, const Source* row, int first, int end) const {
-    const int from = std::max(first, firstInside_);
-    const int to = std::min(end, endInside_);
-    float* d = line;
-    const auto append = [&d](const Source* pixel) {
-      for (int c = 0; c < channels; ++c) *d++ = static_cast<float>(loadSample(pixel + c));
-    };
-    outside_.forEach(row, first, from, append);
-    copySamples(row + from * channels, d, (to - from) * channels);
-    d += (to - from) * channels;
-    outside_.forEach(row, to, end, append);
+    const RowExtension<Source, channels> extension{row, width_, border_, borderValue_};
+    if (end - first == width_ + window_.reach())
+      extension.copyAll(line, window_.anchor, window_.after());
+    else
+      extension.copy(line, first, end - first);
   }
 
   RowWindow window_;
   int width_;
-  OutsidePixels<Source, channels> outside_;
+  AxisBorder border_;
+  const Source* borderValue_;
   int rowsAtOnce_, pitch_;
-  int firstInside_, endInside_;  ///< pixels
   int centreBegin_, centreEnd_;  ///< samples
   const float* coefficients_;
   float factor_;
