@@ -75,8 +75,13 @@ private:
     } else {
       const int end = isLeft ? 0 : width - 1;
       const int farthest = isLeft ? -first : first + count - width;
-      const auto source = [&](int x) { return farthest < width ? 2 * end - x : mapIndex(x, width, border).index; };
-      for (int i = 0; i < count; ++i, dst += channels) copyPixel(pixel(source(first + i)), dst);
+      if (farthest < width) {
+        const Sample* from = pixel(2 * end - first);
+        for (int i = 0; i < count; ++i, dst += channels, from -= channels) copyPixel(from, dst);
+      } else {
+        for (int i = 0; i < count; ++i, dst += channels)
+          copyPixel(pixel(mapIndex(first + i, width, border).index), dst);
+      }
     }
   }
 };
