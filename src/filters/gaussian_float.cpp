@@ -96,7 +96,10 @@ template <class Store, class Radius, class Sample>
         move(ahead);
       }
     }
-    for (; count >= lanes; move(lanes)) storeRounded<Way>(dst, sum());
+    while (count >= lanes) {
+      storeRounded<Way>(dst, sum());
+      move(lanes);
+    }
     if (count > 0) {
       move(count - lanes);
       storeRounded<CachedStore>(dst, sum());

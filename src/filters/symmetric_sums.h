@@ -162,7 +162,7 @@ class SymmetricKernel;
 template <>
 class SymmetricKernel<int> {
 public:
-  SymmetricKernel(const float* half, int radius) : half_(half), radius_(radius) {}
+  SymmetricKernel(const float* half, int) : half_(half) {}
 
   template <class V>
   [[gnu::always_inline]] V sum(auto at) const {
@@ -177,7 +177,6 @@ public:
 
 private:
   const float* half_;
-  int radius_;
 };
 
 /// Few taps are held in registers themselves. Samples come straight from memory: loads that straddle cache lines cost less
