@@ -148,6 +148,10 @@ void withTaps(int count, auto filter) {
       return filter(std::integral_constant<int, 3>{});
     case 5:
       return filter(std::integral_constant<int, 5>{});
+    case 7:
+      return filter(std::integral_constant<int, 7>{});
+    case 9:
+      return filter(std::integral_constant<int, 9>{});
     default:
       return count <= keptTaps ? filter(std::integral_constant<int, anyTaps>{})
                                : filter(std::integral_constant<int, manyTaps>{});
