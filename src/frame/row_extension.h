@@ -31,11 +31,9 @@ struct RowExtension {
     const int end = first + count;
     const int inside = std::clamp(0, first, end);
     const int right = std::clamp(width, first, end);
-    if (first < inside)
-      copyOutside(dst, first, inside - first);
+    copyOutside(dst, first, inside - first);
     copySamples(pixel(inside), at(dst, inside - first), (right - inside) * channels);
-    if (right < end)
-      copyOutside(at(dst, right - first), right, end - right);
+    copyOutside(at(dst, right - first), right, end - right);
   }
 
   /// Writes the row with `before` and `after` pixels beyond its ends.
@@ -65,6 +63,8 @@ private:
   /// Pixels beyond one side. A reflection that doesn't leave the row again needs no mapping one by one.
   template <class Target>
   [[gnu::always_inline]] void copyOutside(Target* dst, int first, int count) const {
+    if (count == 0)
+      return;
     const bool isLeft = first < 0;
     if (isLeft ? border.lo : border.hi) {
       copySamples(pixel(first), dst, count * channels);

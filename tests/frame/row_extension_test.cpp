@@ -121,6 +121,14 @@ TEST(RowExtension, NothingIsWrittenForNoPixels) {
   EXPECT_EQ(77, untouched);
 }
 
+/// A row whose kernel reaches beyond neither end has no use for a border value.
+TEST(RowExtension, NoBorderValueIsReadForNoPixels) {
+  const uint8_t row[] = {1, 2, 3};
+  std::vector<float> line(3);
+  orv::RowExtension<uint8_t, 1>{row, 3, orv::horizontalBorder(orvBorderConstant), nullptr}.copyAll(line.data(), 0, 0);
+  EXPECT_EQ((std::vector<float>{1, 2, 3}), line);
+}
+
 TEST(RowExtension, MirrorByHand) {
   const uint8_t row[] = {1, 2, 3};
   std::vector<uint8_t> line(9);
