@@ -1,4 +1,4 @@
-// Rows of one-dimensional filters, extended beyond their ends by the border word's rules.
+// Rows of one-dimensional filters as floats, extended beyond their ends by the border word's rules.
 //
 // A filter computes most of a row straight from the source and only its ends from an edge line, a few pixels of the
 // extended row in scratch:
@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <type_traits>
 
 #include "frame/border.h"
 #include "simd/copy.h"
@@ -24,10 +23,8 @@ struct RowExtension {
   AxisBorder border;          ///< the kind is replicate, mirror or constant, or none with both sides in memory
   const Sample* borderValue;  ///< one sample per channel; read under a constant border only
 
-  /// Writes the pixels of the extended row with the indices first .. first + count - 1, whichever side they lie on, as
-  /// they are or as floats.
-  template <class Target>
-  void copy(Target* dst, int first, int count) const {
+  /// Writes the pixels of the extended row with the indices first .. first + count - 1, whichever side they lie on.
+  void copy(float* dst, int first, int count) const {
     const int end = first + count;
     const int inside = std::clamp(0, first, end);
     const int right = std::clamp(width, first, end);
@@ -37,8 +34,7 @@ struct RowExtension {
   }
 
   /// Writes the row with `before` and `after` pixels beyond its ends.
-  template <class Target>
-  [[gnu::always_inline]] void copyAll(Target* dst, auto before, auto after) const {
+  [[gnu::always_inline]] void copyAll(float* dst, auto before, auto after) const {
     copyOutside(dst, -before, before);
     copySamples(row, at(dst, before), width * channels);
     copyOutside(at(dst, before + width), width, after);
@@ -47,29 +43,24 @@ struct RowExtension {
 private:
   const Sample* pixel(int x) const { return at(row, x); }
 
-  template <class Target>
-  static Target* at(Target* first, int x) {
+  template <class T>
+  static T* at(T* first, int x) {
     return first + static_cast<ptrdiff_t>(x) * channels;
   }
 
-  template <class Target>
-  static void copyPixel(const Sample* src, Target* dst) {
-    if constexpr (std::is_same_v<Sample, Target>)
-      std::memcpy(dst, src, channels * sizeof(Sample));
-    else
-      for (int c = 0; c < channels; ++c) F32x1::load(src + c).store(dst + c);
+  static void copyPixel(const Sample* src, float* dst) {
+    for (int c = 0; c < channels; ++c) F32x1::load(src + c).store(dst + c);
   }
 
   /// Pixels beyond one side. A reflection that doesn't leave the row again needs no mapping one by one.
-  template <class Target>
-  [[gnu::always_inline]] void copyOutside(Target* dst, int first, int count) const {
+  [[gnu::always_inline]] void copyOutside(float* dst, int first, int count) const {
     if (count == 0)
       return;
     const bool isLeft = first < 0;
     if (isLeft ? border.lo : border.hi) {
       copySamples(pixel(first), dst, count * channels);
     } else if (border.kind != orvBorderMirror) {
-      Target value[channels];
+      float value[channels];
       copyPixel(border.kind == orvBorderConstant ? borderValue : pixel(isLeft ? 0 : width - 1), value);
       for (int i = 0; i < count; ++i, dst += channels) std::memcpy(dst, value, sizeof value);
     } else {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -46,34 +47,42 @@ struct ExtendedRow {
   }
 
   /// The pixels first .. first + count - 1 of the extended row.
-  std::vector<BitsOf<Sample>> expected(int first, int count) const {
-    std::vector<BitsOf<Sample>> pixels;
+  std::vector<uint32_t> expected(int first, int count) const {
+    std::vector<uint32_t> pixels;
     for (int x = first; x < first + count; ++x) {
       const model::AxisIndex source = model::mapColumn(x, row.width(), word);
       for (int channel = 0; channel < channels; ++channel)
-        pixels.push_back(source.constant ? load(borderValue.as<BitsOf<Sample>>() + channel)
-                                         : row.bits(source.index, 0, channel));
+        pixels.push_back(floatBits(source.constant ? load(borderValue.as<BitsOf<Sample>>() + channel)
+                                                   : row.bits(source.index, 0, channel)));
     }
     return pixels;
   }
+
+private:
+  /// Floats stay as they are, signalling NaNs too.
+  static uint32_t floatBits(BitsOf<Sample> bits) {
+    if constexpr (std::is_floating_point_v<Sample>)
+      return bits;
+    else
+      return std::bit_cast<uint32_t>(static_cast<float>(std::bit_cast<Sample>(bits)));
+  }
 };
 
-template <class Sample, int channels>
+template <int channels>
 class Line {
 public:
   explicit Line(int count) : count_(count), samples_("line", count * pixelBytes) { samples_.fill(0xA5); }
 
-  Sample* data() const { return samples_.template as<Sample>(); }
+  float* data() const { return samples_.as<float>(); }
 
-  void expectSame(const std::vector<BitsOf<Sample>>& expected) const {
-    const auto* bits = samples_.template as<BitsOf<Sample>>();
+  void expectSame(const std::vector<uint32_t>& expected) const {
+    const auto* bits = samples_.as<uint32_t>();
     for (int i = 0; i < count_ * channels; ++i)
-      ASSERT_EQ(+expected[static_cast<size_t>(i)], +bits[i])
-          << "pixel " << i / channels << ", channel " << i % channels;
+      ASSERT_EQ(expected[static_cast<size_t>(i)], bits[i]) << "pixel " << i / channels << ", channel " << i % channels;
   }
 
 private:
-  static constexpr int pixelBytes = channels * static_cast<int>(sizeof(Sample));
+  static constexpr int pixelBytes = channels * static_cast<int>(sizeof(float));
   int count_;
   GuardedBlock samples_;
 };
@@ -90,12 +99,12 @@ void expectModel(const std::string& name) {
     // Any stretch: before, inside, after, across either end or both.
     const int first = random.between(-reach, width + reach - 1);
     const int count = random.between(1, std::min(width + reach - first, 2 * reach + width));
-    const Line<Sample, channels> stretch(count);
+    const Line<channels> stretch(count);
     row.extension().copy(stretch.data(), first, count);
     stretch.expectSame(row.expected(first, count));
 
     const int before = random.between(0, reach), after = random.between(0, reach);
-    const Line<Sample, channels> all(before + width + after);
+    const Line<channels> all(before + width + after);
     row.extension().copyAll(all.data(), before, after);
     all.expectSame(row.expected(-before, before + width + after));
   });
@@ -116,7 +125,7 @@ ROW_EXTENSION(float)
 TEST(RowExtension, NothingIsWrittenForNoPixels) {
   const uint8_t row[] = {1, 2, 3};
   const orv::RowExtension<uint8_t, 1> extension{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr};
-  uint8_t untouched = 77;
+  float untouched = 77;
   extension.copy(&untouched, 1, 0);
   EXPECT_EQ(77, untouched);
 }
@@ -131,9 +140,9 @@ TEST(RowExtension, NoBorderValueIsReadForNoPixels) {
 
 TEST(RowExtension, MirrorByHand) {
   const uint8_t row[] = {1, 2, 3};
-  std::vector<uint8_t> line(9);
+  std::vector<float> line(9);
   orv::RowExtension<uint8_t, 1>{row, 3, orv::horizontalBorder(orvBorderMirror), nullptr}.copy(line.data(), -3, 9);
-  EXPECT_EQ((std::vector<uint8_t>{2, 3, 2, 1, 2, 3, 2, 1, 2}), line);
+  EXPECT_EQ((std::vector<float>{2, 3, 2, 1, 2, 3, 2, 1, 2}), line);
 }
 
 TEST(RowExtension, BytesBecomeFloatsByHand) {
