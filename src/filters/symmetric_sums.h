@@ -193,8 +193,9 @@ public:
       using Half = decltype(V::low);
       return {sum<Half>(at), sum<Half>(at.from(Half::lanes))};
     } else {
-      const V outer = outerTerms<V>(at, std::make_integer_sequence<int, radius - 1>{});
-      return outer + half_[radius] * F32x8InMemory{at.centre()};
+      V sum = outerTerms(at, std::make_integer_sequence<int, radius - 1>{});
+      addCentre(sum, half_[radius], at.centre());
+      return sum;
     }
   }
 
@@ -202,12 +203,13 @@ private:
   template <int... i>
   SymmetricKernel(const float* half, std::integer_sequence<int, i...>) : half_{F32x8::broadcast(half + i)...} {}
 
-  template <class V, int... i>
-  [[gnu::always_inline]] V outerTerms(auto at, std::integer_sequence<int, i...>) const {
-    V sum = pairTerm(half_[0], at.pair(0));
-    ((sum = sum + pairTerm(half_[i + 1], at.pair(i + 1))), ...);
+  template <int... i>
+  [[gnu::always_inline]] F32x8 outerTerms(auto at, std::integer_sequence<int, i...>) const {
+    F32x8 sum = pairTerm(half_[0], at.pair(0));
+    (addPair(sum, half_[i + 1], at.pair(i + 1)), ...);
     return sum;
   }
+
   F32x8 half_[radius + 1];
 };
 
