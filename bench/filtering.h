@@ -7,10 +7,12 @@
 
 #include "filters/gaussian_model.h"
 #include "harness.h"
+#include "support/data_types.h"
 
 namespace bench {
 
 namespace model = orvtest::model;
+using orvtest::dataType;
 
 constexpr OrvBorderMode border = orvBorderReplicate;
 
@@ -40,14 +42,5 @@ auto borderArgument(const Sample* value) {
   else
     return value;
 }
-
-template <class Sample>
-constexpr OrvDataType dataType = orvDataType32f;
-template <>
-inline constexpr OrvDataType dataType<uint8_t> = orvDataType8u;
-template <>
-inline constexpr OrvDataType dataType<uint16_t> = orvDataType16u;
-template <>
-inline constexpr OrvDataType dataType<int16_t> = orvDataType16s;
 
 }  // namespace bench

@@ -104,7 +104,7 @@ void expectChecks(const GaussianMember<Sample>& member) {
   }
   faults.push_back(
       valueFault("kernelSize in spec", &Call::tapsInSpec, {4, 0, 1, 2, 6, -2, -1, -3, INT32_MIN}, orvStsBadArg));
-  if (pipelines && gaussianDataType<Sample> != orvDataType32f)
+  if (pipelines && dataType<Sample> != orvDataType32f)
     faults.push_back(valueFault("shift in spec", &Call::shiftInSpec, {32, 33, 44, 64, INT32_MAX}, orvStsBadArg));
   order.verify();
 }

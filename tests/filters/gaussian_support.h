@@ -10,20 +10,10 @@
 
 #include "filters/gaussian_model.h"
 #include "support/checked_call.h"
+#include "support/data_types.h"
 #include "support/guarded.h"
 
 namespace orvtest {
-
-template <class Sample>
-inline constexpr int gaussianDataType = 0;
-template <>
-inline constexpr int gaussianDataType<uint8_t> = orvDataType8u;
-template <>
-inline constexpr int gaussianDataType<uint16_t> = orvDataType16u;
-template <>
-inline constexpr int gaussianDataType<int16_t> = orvDataType16s;
-template <>
-inline constexpr int gaussianDataType<float> = orvDataType32f;
 
 /// The fixed-point filter on the pipelines, or the one in single precision.
 enum class Gaussian { pipelines, singlePrecision };
@@ -87,7 +77,7 @@ struct GaussianMember {
   std::function<OrvStatus(const GaussianCall<Sample>&)> run;
 
   GaussianSetup setup(OrvSize roi, int taps, float sigma, int word) const {
-    return {generation, roi, taps, sigma, word, gaussianDataType<Sample>, channels};
+    return {generation, roi, taps, sigma, word, dataType<Sample>, channels};
   }
 };
 
